@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# usage: PublicHeader.sh CC CXX INCLUDE_FOLDER
+# Every public header stands alone, in C99 and in C++, included twice, without one warning.
+set -euo pipefail
+cc=$1
+cxx=$2
+folder=$3
+shopt -s nullglob
+
+headers=("$folder"/*.h)
+if [ ${#headers[@]} -eq 0 ]; then
+    echo "no public header in $folder"
+    exit 1
+fi
+for header in "${headers[@]}"; do
+    name=${header##*/}
+    source=$(printf '#include <%s>\n#include <%s>\nint unit_is_not_empty(void);\n' "$name" "$name")
+    "$cc" -std=c99 -pedantic -Wall -Wextra -Wstrict-prototypes -Werror -fsyntax-only -I"$folder" -x c - <<<"$source"
+    for standard in c++98 c++17; do
+        "$cxx" -std=$standard -pedantic -Wall -Wextra -Wconversion -Wshadow -Werror -fsyntax-only -I"$folder" -x c++ - <<<"$source"
+    done
+    echo "$name compiles as C99, C++98 and C++17"
+done
