@@ -1,0 +1,89 @@
+#pragma once
+
+#include "RDImageProcessing/ImageDataTypeCheck.hpp"
+#include "RDTools/FpImage.hpp"
+#include "RDTools/ProcessorBase.hpp"
+
+namespace NewIpBase
+{
+/// A processor that checks the sample types of its images before it runs.
+class ClIpProcessorBase : public ClProcessorBase, public ClImageDataTypeCheck
+{
+public:
+    /// 0. Errors: those of CheckInOutImageTypes pass through.
+    long Initialize() override;
+    bool CanApply() override; ///< whether CheckInOutImageTypes raises nothing
+};
+
+/// Frame of the operators that make one image from one image, with the type and geometry of the input.
+/// Output  Made here; may be the input itself. A class that works in place (m_bInPlace) then writes into it, any other
+///         writes into a temporary, whose block replaces the image's.
+/// Errors  ClException -701 without input, output or pixels, -33 for a sample type that is not enabled; ClExBadAlloc.
+class ClIp1to1Base : public ClIpProcessorBase
+{
+public:
+    long ApplyParam(ClImage& cImage);              ///< in place
+    long ApplyParam(ClImage& cIn, ClImage& cOut);
+
+    void SetParametersToDefault() override;
+    void PublishParameters(ClParameterContainer& cContainer) override;
+    using ClIpProcessorBase::QueryParameters;
+
+    long Process() override;
+    /// Every sample through GetValue, whose result is truncated to the sample type and not saturated. An 8-bit input
+    /// takes a table of 256 results if m_bUseLUT. Returns -101 for a type that is none of the eight.
+    virtual long DoProcess(ClImage& cIn, ClImage& cOut);
+    virtual void AllocateOutImage(ClImage& cOut);
+    /// The operator as a pure function of a sample's value.
+    virtual double GetValue(ClImage& cIn, ClImage& cOut, double dValue);
+    void CheckInOutImageTypes() override;
+
+    ClImage* m_pInImage = nullptr;  ///< not owned
+    ClImage* m_pOutImage = nullptr; ///< not owned; may be the input
+    bool m_bInPlace = false;        ///< DoProcess can read and write the same image
+    bool m_bUseLUT = true;          ///< evaluate GetValue once for each of the 256 values of an 8-bit input
+};
+} // namespace NewIpBase
+
+/// The older frame, in which the output's sample type may differ from the input's.
+/// Errors  -10 without input, output or pixels; ClExBadAlloc.
+class ClIp1to1Base : public ClProcessorBase
+{
+public:
+    static constexpr unsigned char nTypeOfInput = 255;
+
+    long ApplyParam(ClImage& cImage);                                       ///< in place, type unchanged
+    long ApplyParam(ClImage& cIn, ClImage& cOut, unsigned char eOutType);
+
+    void PublishParameters(ClParameterContainer& cContainer) override;
+    using ClProcessorBase::QueryParameters;
+
+    long Process() override;
+    /// As in NewIpBase::ClIp1to1Base, with the two types independent.
+    virtual long DoProcess(ClImage& cIn, ClImage& cOut);
+    virtual double GetValue(ClImage& cIn, ClImage& cOut, double dValue);
+
+    ClImage* m_pInImage = nullptr;                ///< not owned
+    ClImage* m_pOutImage = nullptr;               ///< not owned; may be the input
+    unsigned char m_eOutImageType = nTypeOfInput; ///< sample type of the output; 255: the input's
+    bool m_bInPlace = false;
+    bool m_bUseLUT = true;
+};
+
+/// out = aTable[in] for every sample of an 8-bit image, all planes alike; padding is neither read nor written.
+template <class TOut> void MapThroughTable(const ClImage& cIn, ClImage& cOut, const TOut* pTable)
+{
+    const int nSamples = cIn.m_nWidth * cIn.m_nPlanes;
+    for (int y = 0; y < cIn.m_nHeight; ++y)
+    {
+        const unsigned char* pIn = Row<unsigned char>(cIn, y);
+        TOut* pOut = Row<TOut>(cOut, y);
+        for (int x = 0; x < nSamples; ++x)
+        {
+            pOut[x] = pTable[pIn[x]];
+        }
+    }
+}
+
+/// Adds "pInImage" (write only) and "pOutImage" (read only).
+void PublishInOutImages(ClParameterContainer& cContainer, ClImage** ppInImage, ClImage** ppOutImage);
