@@ -1,0 +1,167 @@
+#include "TestTools.hpp"
+
+#include <cstring>
+#include <stdexcept>
+#include <type_traits>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace
+{
+template <class T> T RandomSample(ClTestRandom& cRandom)
+{
+    if constexpr (std::is_floating_point_v<T>)
+    {
+        return static_cast<T>(cRandom.Unit() * 2000.0 - 1000.0);
+    }
+    else
+    {
+        return static_cast<T>(cRandom.Next() >> (32 - 8 * sizeof(T)));
+    }
+}
+
+template <class T> testing::AssertionResult SameSamples(const ClImage& cExpected, const ClImage& cActual)
+{
+    constexpr int nMostNamed = 5;
+    int nDifferences = 0;
+    testing::AssertionResult cResult = testing::AssertionFailure();
+    for (int y = 0; y < cExpected.m_nHeight; ++y)
+    {
+        const T* pExpected = Row<T>(cExpected, y);
+        const T* pActual = Row<T>(cActual, y);
+        for (int i = 0; i < cExpected.m_nWidth * cExpected.m_nPlanes; ++i)
+        {
+            if (std::memcmp(pExpected + i, pActual + i, sizeof(T)) != 0 && nDifferences++ < nMostNamed)
+            {
+                cResult << "\n  x " << i / cExpected.m_nPlanes << ", y " << y << ", plane " << i % cExpected.m_nPlanes
+                        << ": expected " << +pExpected[i] << ", got " << +pActual[i];
+            }
+        }
+    }
+    if (nDifferences == 0)
+    {
+        return testing::AssertionSuccess();
+    }
+    return cResult << "\n  " << nDifferences << " samples of " << cExpected.m_nWidth << " by " << cExpected.m_nHeight
+                   << " by " << cExpected.m_nPlanes << " differ";
+}
+} // namespace
+
+void FillRandom8(ClImage& cImage, int nWidth, int nHeight, unsigned int nSeed)
+{
+    cImage.NewWithType(ClImage::eUInt8, nWidth, nHeight, 1, 0, 0);
+    FillRandom(cImage, nSeed);
+}
+
+void FillRandom(ClImage& cImage, unsigned int nSeed)
+{
+    ClTestRandom cRandom(nSeed);
+    DispatchSampleType(cImage.m_eDataType, 0,
+                       [&](auto cTag)
+                       {
+                           using T = typename decltype(cTag)::Type;
+                           const int nSamples = cImage.m_nWidth * cImage.m_nPlanes;
+                           for (int y = 0; y < cImage.m_nHeight; ++y)
+                           {
+                               T* pRow = Row<T>(cImage, y);
+                               for (int x = 0; x < nSamples; ++x)
+                               {
+                                   pRow[x] = RandomSample<T>(cRandom);
+                               }
+                               unsigned char* pEnd = reinterpret_cast<unsigned char*>(pRow) + cImage.Stride();
+                               for (auto* p = reinterpret_cast<unsigned char*>(pRow + nSamples); p < pEnd; ++p)
+                               {
+                                   *p = RandomSample<unsigned char>(cRandom);
+                               }
+                           }
+                           return 0L;
+                       });
+}
+
+testing::AssertionResult SamePixels(const ClImage& cExpected, const ClImage& cActual)
+{
+    if (cExpected.m_eDataType != cActual.m_eDataType || cExpected.m_nWidth != cActual.m_nWidth ||
+        cExpected.m_nHeight != cActual.m_nHeight || cExpected.m_nPlanes != cActual.m_nPlanes)
+    {
+        return testing::AssertionFailure()
+               << "expected type " << +cExpected.m_eDataType << ", " << cExpected.m_nWidth << " by "
+               << cExpected.m_nHeight << " by " << cExpected.m_nPlanes << ", got type " << +cActual.m_eDataType << ", "
+               << cActual.m_nWidth << " by " << cActual.m_nHeight << " by " << cActual.m_nPlanes;
+    }
+    if (cExpected.m_nWidth * cExpected.m_nHeight * cExpected.m_nPlanes == 0)
+    {
+        return testing::AssertionSuccess();
+    }
+    if (cExpected.Data() == nullptr || cActual.Data() == nullptr)
+    {
+        return testing::AssertionFailure()
+               << (cActual.Data() == nullptr ? "the result" : "the expected image") << " has no pixels";
+    }
+    testing::AssertionResult cResult = testing::AssertionFailure() << "the sample type is none of the eight";
+    DispatchSampleType(cExpected.m_eDataType, 0,
+                       [&](auto cTag)
+                       {
+                           cResult = SameSamples<typename decltype(cTag)::Type>(cExpected, cActual);
+                           return 0L;
+                       });
+    return cResult;
+}
+
+testing::AssertionResult SameDescription(const ClImage& cExpected, const ClImage& cActual)
+{
+    testing::AssertionResult cResult = testing::AssertionFailure();
+    bool bSame = true;
+    const auto compare = [&](const char* szField, double dExpected, double dActual)
+    {
+        const bool bBothNaN = dExpected != dExpected && dActual != dActual;
+        if (dExpected != dActual && !bBothNaN)
+        {
+            bSame = false;
+            cResult << "\n  " << szField << ": expected " << dExpected << ", got " << dActual;
+        }
+    };
+    compare("m_eDataType", cExpected.m_eDataType, cActual.m_eDataType);
+    compare("m_eContent", cExpected.m_eContent, cActual.m_eContent);
+    compare("m_nWidth", cExpected.m_nWidth, cActual.m_nWidth);
+    compare("m_nHeight", cExpected.m_nHeight, cActual.m_nHeight);
+    compare("m_nXRes", cExpected.m_nXRes, cActual.m_nXRes);
+    compare("m_nYRes", cExpected.m_nYRes, cActual.m_nYRes);
+    compare("m_nPlanes", cExpected.m_nPlanes, cActual.m_nPlanes);
+    compare("m_dBlack", cExpected.m_dBlack, cActual.m_dBlack);
+    compare("m_dWhite", cExpected.m_dWhite, cActual.m_dWhite);
+    compare("m_nAttribute", cExpected.m_nAttribute, cActual.m_nAttribute);
+    return bSame ? testing::AssertionSuccess() : cResult;
+}
+
+ClGuardedBytes::ClGuardedBytes(std::size_t nSize) : m_nSize(nSize)
+{
+    const auto nPage = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const std::size_t nReadable = (nSize + nPage - 1) / nPage * nPage;
+    m_nMapSize = nReadable + nPage;
+    void* pMap = mmap(nullptr, m_nMapSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (pMap == MAP_FAILED)
+    {
+        throw std::runtime_error("no memory for a guarded block");
+    }
+    m_pMap = static_cast<unsigned char*>(pMap);
+    if (mprotect(m_pMap + nReadable, nPage, PROT_NONE) != 0)
+    {
+        munmap(m_pMap, m_nMapSize);
+        throw std::runtime_error("a guard page could not be protected");
+    }
+    m_pBytes = m_pMap + nReadable - nSize;
+}
+
+ClGuardedBytes::ClGuardedBytes(const void* pBytes, std::size_t nSize) : ClGuardedBytes(nSize)
+{
+    if (nSize != 0)
+    {
+        std::memcpy(m_pBytes, pBytes, nSize);
+    }
+}
+
+ClGuardedBytes::~ClGuardedBytes()
+{
+    munmap(m_pMap, m_nMapSize);
+}

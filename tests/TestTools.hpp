@@ -1,0 +1,93 @@
+#pragma once
+
+// Helpers shared by the tests of all folders.
+
+#include "RDTools/FpImage.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+
+/// The same numbers on every machine, for test data: a linear congruential generator with its high bits as output
+/// (constants of D. E. Knuth's MMIX).
+class ClTestRandom
+{
+public:
+    explicit ClTestRandom(std::uint64_t nSeed) : m_nState(nSeed * 0x9E3779B97F4A7C15u + 1) {}
+    std::uint32_t Next() ///< all 32 bits are random
+    {
+        m_nState = m_nState * 6364136223846793005u + 1442695040888963407u;
+        return static_cast<std::uint32_t>(m_nState >> 32);
+    }
+    int Below(int nLimit) ///< 0 to nLimit - 1; nLimit from 1 to 65536
+    {
+        return static_cast<int>((Next() >> 16) * static_cast<std::uint32_t>(nLimit) >> 16);
+    }
+    double Unit() { return Next() / 4294967296.0; } ///< 0 up to, but not including, 1
+
+private:
+    std::uint64_t m_nState;
+};
+
+/// Makes a one-plane 8-bit image with random samples; the padding is random, too, so that code which reads it is seen.
+void FillRandom8(ClImage& cImage, int nWidth, int nHeight, unsigned int nSeed);
+
+/// Fills the samples of an image that exists, of any type and planes, with random values over the whole range of the
+/// integer types, and from -1000 to 1000 with fractions for floating point. Padding is random bytes.
+void FillRandom(ClImage& cImage, unsigned int nSeed);
+
+/// Whether both images have the same type, size and planes and, bit for bit, the same samples; padding does not count.
+/// The failure names the first pixels that differ.
+testing::AssertionResult SamePixels(const ClImage& cExpected, const ClImage& cActual);
+
+/// Whether two images are described alike: type, content, geometry, resolution, range and attribute.
+testing::AssertionResult SameDescription(const ClImage& cExpected, const ClImage& cActual);
+
+/// A copy of nSize bytes that ends exactly where readable memory ends: touching the byte behind it kills the test. The
+/// block is writable and stands on whatever alignment its size gives.
+class ClGuardedBytes
+{
+public:
+    ClGuardedBytes(const void* pBytes, std::size_t nSize);
+    explicit ClGuardedBytes(std::size_t nSize); ///< zeroes
+    ClGuardedBytes(const ClGuardedBytes&) = delete;
+    ClGuardedBytes& operator=(const ClGuardedBytes&) = delete;
+    ~ClGuardedBytes();
+
+    unsigned char* Data() const { return m_pBytes; }
+    std::size_t Size() const { return m_nSize; }
+
+private:
+    unsigned char* m_pMap;
+    std::size_t m_nMapSize;
+    unsigned char* m_pBytes;
+    std::size_t m_nSize;
+};
+
+/// Runs statement, which must raise Exception with catalogue number code and, as its What(), exactly text.
+#define EXPECT_RAISES(statement, Exception, code, text)                                                                \
+    try                                                                                                                \
+    {                                                                                                                  \
+        statement;                                                                                                     \
+        ADD_FAILURE() << #statement " raises nothing";                                                                 \
+    }                                                                                                                  \
+    catch (const Exception& cRaised)                                                                                   \
+    {                                                                                                                  \
+        EXPECT_EQ(long(code), cRaised.Number()) << #statement;                                                         \
+        EXPECT_STREQ(text, cRaised.What()) << #statement;                                                              \
+    }                                                                                                                  \
+    static_assert(true)
+
+/// The same where only the number is of interest.
+#define EXPECT_RAISES_CODE(statement, code)                                                                            \
+    try                                                                                                                \
+    {                                                                                                                  \
+        statement;                                                                                                     \
+        ADD_FAILURE() << #statement " raises nothing";                                                                 \
+    }                                                                                                                  \
+    catch (const ClException& cRaised)                                                                                 \
+    {                                                                                                                  \
+        EXPECT_EQ(long(code), cRaised.Number()) << #statement;                                                         \
+    }                                                                                                                  \
+    static_assert(true)
