@@ -16,10 +16,14 @@ report()
     fi
 }
 
-# Files of the project: what a build or an editor leaves behind does not count.
+# Files of the project, one a line: what is committed or would be; without git everything outside the build folder.
 files()
 {
-    find . \( -path ./.git -o -path ./build -o -name '*.swp' -o -name '*~' \) -prune -o -type f -print | sed 's|^\./||'
+    if [ -e .git ] && git ls-files >/dev/null 2>&1; then
+        git ls-files --cached --others --exclude-standard | while read -r file; do [ -f "$file" ] && echo "$file"; done
+    else
+        find . \( -path ./.git -o -path ./build \) -prune -o -type f -print | sed 's|^\./||'
+    fi
 }
 
 # --- include direction: RDTools <- RDImageProcessing <- RDAfisTools <- src

@@ -16,8 +16,8 @@ for header in "${headers[@]}"; do
     name=${header##*/}
     source=$(printf '#include <%s>\n#include <%s>\nint unit_is_not_empty(void);\n' "$name" "$name")
     "$cc" -std=c99 -pedantic -Wall -Wextra -Wstrict-prototypes -Werror -fsyntax-only -I"$folder" -x c - <<<"$source"
-    for standard in c++98 c++17; do
+    for standard in c++11 c++17; do
         "$cxx" -std=$standard -pedantic -Wall -Wextra -Wconversion -Wshadow -Werror -fsyntax-only -I"$folder" -x c++ - <<<"$source"
     done
-    echo "$name compiles as C99, C++98 and C++17"
+    echo "$name compiles as C99, C++11 and C++17"
 done

@@ -1,0 +1,61 @@
+# Shared by the scripts: where the repository is, and what it needs from Debian's packages. Source it, do not run it.
+
+repository=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
+jobs=$(nproc 2>/dev/null || echo 2)
+
+# What a build needs, and what tests and benchmarks need beyond that.
+build_packages=(cmake g++ ninja-build libboost-dev)
+test_packages=(libgtest-dev libgmock-dev)
+bench_packages=(libbenchmark-dev)
+
+say()
+{
+    printf '\n== %s\n' "$*"
+}
+
+is_installed()
+{
+    dpkg-query -W -f '${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed
+}
+
+# install_missing PACKAGE...: installs what is not there yet, as root or through sudo. Asks nothing of the network if
+# all is there.
+install_missing()
+{
+    local package missing=() root=()
+    for package in "$@"; do
+        is_installed "$package" || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    if [ "$(id -u)" -ne 0 ]; then
+        if ! command -v sudo >/dev/null; then
+            echo "Missing packages: ${missing[*]}. Install them as root, or install sudo." >&2
+            return 1
+        fi
+        root=(sudo)
+    fi
+    say "Installing ${missing[*]}"
+    export DEBIAN_FRONTEND=noninteractive
+    "${root[@]}" apt-get -q update
+    "${root[@]}" apt-get -q install -y --no-install-recommends "${missing[@]}"
+}
+
+# configure PRESET [CMAKE_ARGUMENT...]: quiet unless it fails.
+configure()
+{
+    local preset=$1 log=$repository/build/$1.configure.log
+    shift
+    mkdir -p "$repository/build"
+    (cd "$repository" && cmake --preset "$preset" "$@") >"$log" 2>&1 || {
+        cat "$log" >&2
+        return 1
+    }
+}
+
+# build PRESET [TARGET...]: all targets if none is named, on all cores.
+build()
+{
+    local preset=$1
+    shift
+    (cd "$repository" && cmake --build --preset "$preset" --parallel "$jobs" ${1:+--target "$@"})
+}
