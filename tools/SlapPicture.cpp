@@ -13,6 +13,7 @@ using Length_t = std::int64_t;
 constexpr Length_t nMicrometresPerMetre = 1000000;
 constexpr Length_t nRidgePeriod = 460;    // 9 pixels at 500 pixels per inch
 constexpr Length_t nSamplePitch = 64;     // a coarser pixel is the mean of several samples
+constexpr Length_t nMostRough = 500;      // how far roughness moves the edge of a part out
 constexpr Length_t nOne = 1024;           // the fraction 1
 constexpr Length_t nTurnOne = 1 << 20;    // the fraction 1 in sine and cosine of the lean
 constexpr Length_t nFieldShift = 1 << 20; // keeps places and fields positive where they are divided
@@ -38,7 +39,7 @@ Length_t LatticeValue(Length_t nX, Length_t nY, std::uint32_t nSeed)
 }
 
 // Smooth noise of 0 to 1024 that changes over nCell micrometres.
-Length_t SmoothNoise(Length_t nU, Length_t nV, Length_t nCell, std::uint32_t nSeed)
+template <Length_t nCell> Length_t SmoothNoise(Length_t nU, Length_t nV, std::uint32_t nSeed)
 {
     const Length_t nX = nU + nFieldShift;
     const Length_t nY = nV + nFieldShift;
@@ -71,7 +72,7 @@ Length_t HalfWave(Length_t t)
 }
 
 // A sine of amplitude 1024 along nPlace.
-Length_t Sine(Length_t nPlace, Length_t nPeriod)
+template <Length_t nPeriod> Length_t Sine(Length_t nPlace)
 {
     const Length_t t = (nPlace + nFieldShift) % nPeriod * 2 * nOne / nPeriod;
     return t < nOne ? HalfWave(t) : -HalfWave(t - nOne);
@@ -159,12 +160,12 @@ Length_t FingerField(const ClSlapPart& cPart, ClPlace cPlace)
 Length_t RidgeField(const ClSlapPart& cPart, ClPlace cPlace, std::uint32_t nSeed)
 {
     const auto nPhase = static_cast<Length_t>(nSeed % 20000u);
-    const ClPlace cBent = {cPlace.u + Sine(cPlace.v + nPhase, 11000) * 300 / nOne,
-                           cPlace.v + Sine(cPlace.u + nPhase, 8300) * 250 / nOne};
+    const ClPlace cBent = {cPlace.u + Sine<11000>(cPlace.v + nPhase) * 300 / nOne,
+                           cPlace.v + Sine<8300>(cPlace.u + nPhase) * 250 / nOne};
     switch (cPart.m_eKind)
     {
     case ClSlapPart::eJoint: // across the finger, sagging
-        return cBent.v + cBent.u * cBent.u / 22000 + Sine(cBent.u, 17000) / 2 + cBent.u / 4;
+        return cBent.v + cBent.u * cBent.u / 22000 + Sine<17000>(cBent.u) / 2 + cBent.u / 4;
     case ClSlapPart::ePalm:
     { // wide arcs around the ball of the thumb
         const Length_t nX = cBent.u + cPart.m_nWidth * 2 / 3;
@@ -180,15 +181,18 @@ Length_t RidgeField(const ClSlapPart& cPart, ClPlace cPlace, std::uint32_t nSeed
 Length_t InkAt(const ClSlapPart& cPart, ClPlace cPlace, std::uint32_t nSeed)
 {
     if (cPlace.v < 0 || cPlace.v >= cPart.m_nLength) return 0;
-    const Length_t nRough = (SmoothNoise(cPlace.u, cPlace.v, 2300, nSeed) - nOne / 2) * 700 / nOne +
-                            (SmoothNoise(cPlace.u, cPlace.v, 300, nSeed + 3) - nOne / 2) * 300 / nOne;
-    const Length_t nInside = HalfWidth(cPart, cPlace.v) + nRough - (cPlace.u < 0 ? -cPlace.u : cPlace.u);
+    const Length_t nAside = cPlace.u < 0 ? -cPlace.u : cPlace.u;
+    const Length_t nEdge = HalfWidth(cPart, cPlace.v);
+    if (nAside >= nEdge + nMostRough) return 0;
+    const Length_t nRough = (SmoothNoise<2300>(cPlace.u, cPlace.v, nSeed) - nOne / 2) * 700 / nOne +
+                            (SmoothNoise<300>(cPlace.u, cPlace.v, nSeed + 3) - nOne / 2) * 300 / nOne;
+    const Length_t nInside = nEdge + nRough - nAside;
     if (nInside <= 0) return 0;
     const Length_t nFromEdge = std::min({nInside, cPlace.v, cPart.m_nLength - cPlace.v});
 
     // Pressure differs over the pad, and the fine grain breaks the ridges up a little.
-    Length_t nPressure = 660 + SmoothNoise(cPlace.u, cPlace.v, 3100, nSeed + 1) * 260 / nOne +
-                         SmoothNoise(cPlace.u, cPlace.v, 240, nSeed + 2) * 200 / nOne;
+    Length_t nPressure = 660 + SmoothNoise<3100>(cPlace.u, cPlace.v, nSeed + 1) * 260 / nOne +
+                         SmoothNoise<240>(cPlace.u, cPlace.v, nSeed + 2) * 200 / nOne;
     if (nFromEdge < 900) nPressure = nPressure * (500 + nFromEdge * 524 / 900) / nOne;
     if (cPart.m_eKind == ClSlapPart::eJoint) nPressure = nPressure * 4 / 5;
     const Length_t nValley = 32;
@@ -239,7 +243,7 @@ private:
 // Half the diagonal of a part with its rough edge: no ink lies further from its centre, however it is turned.
 Length_t ReachOf(const ClSlapPart& cPart)
 {
-    const Length_t nWidth = cPart.m_nWidth + 1000;
+    const Length_t nWidth = cPart.m_nWidth + 2 * nMostRough;
     const Length_t nLength = cPart.m_nLength;
     return SquareRoot(nWidth * nWidth + nLength * nLength) / 2 + 1;
 }
