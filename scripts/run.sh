@@ -53,6 +53,6 @@ if [ ${#images[@]} -eq 0 ]; then
     "$repository/build/release/make-slap" two-fingers 19685 "$sample"
     images=("$sample")
 fi
-say "Segmenting"
+say "Segmenting into $output"
 mkdir -p "$output"
-"$repository/build/release/segment" -o "$output" "${images[@]}"
+"$repository/build/release/segment" -o "$output" -- "${images[@]}"

@@ -71,8 +71,10 @@ text_search()
 {
     files | tr '\n' '\0' | xargs -0 -r grep -nIHE "$@"
 }
-report "Mention of a document that is not part of the project" \
-    "$(text_search -i '\b[P]arts? [1-7]\.[0-9]|\b[s]pecification\b|[s]pec\.md|\b[s]pec says\b|[l]eft to the implementer')"
+outside_document='\b[P]arts? [1-7]\.[0-9]|\b[s]pecification\b|[s]pec\.md|\b[s]pec says\b|[l]eft to the implementer'
+report "Mention of a document that is not part of the project" "$(text_search -i "$outside_document")"
+report "The same in a commit message" \
+    "$([ -e .git ] && git log --format='%h %s%n%b' 2>/dev/null | grep -iE "$outside_document")"
 report "Unfinished work" "$(files | grep -vE '\.md$' | tr '\n' '\0' |
     xargs -0 -r grep -nIHiE '\b([T]ODO|[F]IXME|[X]XX|[H]ACK|[n]ot implemented yet|[p]laceholder|[s]tub)\b')"
 report "Paths of one machine" "$(text_search '/([w]ork|[f]arm|[r]oot|[h]ome)/|["'\'' (=]/[t]mp\b')"

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# usage: PublicHeader.sh CC CXX INCLUDE_FOLDER
-# Every public header stands alone, in C99 and in C++, included twice, without one warning.
+# usage: PublicHeader.sh CC CXX INCLUDE_FOLDER [README.md]
+# Every public header stands alone, in C99 and in C++, included twice, without one warning. The C examples of the read-me
+# compile with it.
 set -euo pipefail
 cc=$1
 cxx=$2
@@ -21,3 +22,9 @@ for header in "${headers[@]}"; do
     done
     echo "$name compiles as C99, C++11 and C++17"
 done
+if [ $# -gt 3 ]; then
+    example=$(sed -n '/^```c$/,/^```$/{/^```/d;p}' "$4")
+    grep -q '#include' <<<"$example"
+    "$cc" -std=c99 -pedantic -Wall -Wextra -Werror -fsyntax-only -I"$folder" -x c - <<<"$example"
+    echo "the example of ${4##*/} compiles"
+fi
