@@ -35,9 +35,8 @@ install_missing()
         root=(sudo)
     fi
     say "Installing ${missing[*]}"
-    export DEBIAN_FRONTEND=noninteractive
     "${root[@]}" apt-get -q update
-    "${root[@]}" apt-get -q install -y --no-install-recommends "${missing[@]}"
+    "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q install -y --no-install-recommends "${missing[@]}"
 }
 
 # configure PRESET [CMAKE_ARGUMENT...]: quiet unless it fails.
