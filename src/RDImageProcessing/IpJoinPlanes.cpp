@@ -83,7 +83,7 @@ void ClIpJoinPlanes::SetParametersToDefault()
 
 void ClIpJoinPlanes::PublishParameters(ClParameterContainer& cContainer)
 {
-    char szName[20];
+    char szName[32];
     for (int i = 0; i < nMaxPlanes; ++i)
     {
         std::snprintf(szName, sizeof szName, "pInPlane[%d]", i);

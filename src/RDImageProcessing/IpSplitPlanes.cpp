@@ -19,7 +19,7 @@ void ClIpSplitPlanes::PublishParameters(ClParameterContainer& cContainer)
     cContainer.AddPointer("pInImage", &m_pInImage)->m_nFlags = ClParameter::eWritable;
     for (int i = 0; i < nMaxPlanes; ++i)
     {
-        char szName[16];
+        char szName[32];
         std::snprintf(szName, sizeof szName, "pOutPlane[%d]", i);
         cContainer.AddPointer(szName, &m_apOutPlane[i])->m_nFlags = ClParameter::eReadable;
     }
