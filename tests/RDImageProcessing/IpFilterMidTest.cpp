@@ -1,0 +1,846 @@
+#include "RDImageProcessing/IpFilterMid.hpp"
+
+#include "RDTools/Exception.hpp"
+#include "TestTools.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace
+{
+using Size = std::pair<int, int>;
+
+template <class T> T Sample(const ClImage& cImage, int x, int y)
+{
+    return Row<T>(cImage, y)[x];
+}
+
+/// Sum and number of the samples in the window of nHalf around (x, y), clipped to the image.
+template <class T> std::pair<double, int> ClippedSum(const ClImage& cIn, int x, int y, int nHalfX, int nHalfY)
+{
+    double dSum = 0;
+    int nCount = 0;
+    for (int j = y - nHalfY; j <= y + nHalfY; ++j)
+    {
+        for (int i = x - nHalfX; i <= x + nHalfX; ++i)
+        {
+            if (i >= 0 && j >= 0 && i < cIn.m_nWidth && j < cIn.m_nHeight)
+            {
+                dSum += Sample<T>(cIn, i, j);
+                ++nCount;
+            }
+        }
+    }
+    return {dSum, nCount};
+}
+
+/// The 8-bit box mean as it is defined, slowly: sums of bytes are exact in doubles.
+template <class T> void BoxMeanByDefinition(const ClImage& cIn, int nHalf, ClImage& cOut)
+{
+    cOut.New(cIn);
+    for (int y = 0; y < cIn.m_nHeight; ++y)
+    {
+        for (int x = 0; x < cIn.m_nWidth; ++x)
+        {
+            const auto [dSum, nCount] = ClippedSum<T>(cIn, x, y, nHalf, nHalf);
+            Row<T>(cOut, y)[x] = static_cast<T>(static_cast<long>(dSum) / nCount);
+        }
+    }
+}
+
+int Floor(double d)
+{
+    return static_cast<int>(std::floor(d));
+}
+
+void Mean3x3ByDefinition(const ClImage& cIn, ClImage& cOut)
+{
+    cOut.New(cIn);
+    for (int y = 0; y < cIn.m_nHeight; ++y)
+    {
+        for (int x = 0; x < cIn.m_nWidth; ++x)
+        {
+            const auto [dSum, nCount] = ClippedSum<unsigned char>(cIn, x, y, 1, 1);
+            const int nMean = nCount == 4   ? Floor((dSum + 2) / 4)
+                              : nCount == 6 ? Floor((dSum + 3) * 682 / 4096)
+                                            : Floor((dSum + 4) * 455 / 4096);
+            Row<unsigned char>(cOut, y)[x] = static_cast<unsigned char>(nMean);
+        }
+    }
+}
+
+void SignedMean3x3ByDefinition(const ClImage& cIn, ClImage& cOut)
+{
+    cOut.New(cIn);
+    for (int y = 0; y < cIn.m_nHeight; ++y)
+    {
+        for (int x = 0; x < cIn.m_nWidth; ++x)
+        {
+            const auto [dSum, nCount] = ClippedSum<signed char>(cIn, x, y, 1, 1);
+            const int nMean = nCount == 4   ? Floor(dSum / 4)
+                              : nCount == 6 ? Floor(dSum * 42 / 256)
+                                            : Floor(dSum * 28 / 256);
+            Row<signed char>(cOut, y)[x] = static_cast<signed char>(nMean);
+        }
+    }
+}
+
+/// Number of samples by which a pass in one direction divides at position i of a line of nSize.
+long DivisorAt(int i, int nSize, long nWidth)
+{
+    const int nHalf = static_cast<int>(nWidth / 2);
+    if (i <= nHalf)
+    {
+        return nHalf + 1 + i;
+    }
+    return i < nSize - nHalf ? nWidth : nSize - i + nHalf;
+}
+
+/// One direction, integers: rounded by nHalf after lifting by nOffset. 64-bit floating point sums are exact for the
+/// types up to 32 bits, the extended ones for the quotient.
+template <class T>
+void PassByDefinition(const ClImage& cIn, bool bRows, long nWidth, long nOffset, bool bRound, ClImage& cOut)
+{
+    const int nHalf = static_cast<int>(nWidth / 2);
+    cOut.New(cIn);
+    for (int y = 0; y < cIn.m_nHeight; ++y)
+    {
+        for (int x = 0; x < cIn.m_nWidth; ++x)
+        {
+            const auto [dSum, nCount] = ClippedSum<T>(cIn, x, y, bRows ? nHalf : 0, bRows ? 0 : nHalf);
+            const long nDivisor = bRows ? DivisorAt(x, cIn.m_nWidth, nWidth) : DivisorAt(y, cIn.m_nHeight, nWidth);
+            const long nSum = static_cast<long>(dSum) + nCount * nOffset + (bRound ? nHalf : 0);
+            Row<T>(cOut, y)[x] = static_cast<T>(nSum / nDivisor - nOffset);
+        }
+    }
+}
+
+/// One direction, floating point: the sum runs along the line, a sample enters before and one leaves after each mean.
+template <class T> std::vector<T> RunningMeans(const std::vector<T>& aIn, long nWidth)
+{
+    const int nSize = static_cast<int>(aIn.size());
+    const int nHalf = static_cast<int>(nWidth / 2);
+    std::vector<T> aOut(aIn.size());
+    double dSum = 0.0;
+    for (int i = -nHalf; i < nSize; ++i)
+    {
+        if (i + nHalf < nSize)
+        {
+            dSum += static_cast<double>(aIn[static_cast<std::size_t>(i + nHalf)]);
+        }
+        if (i >= 0)
+        {
+            aOut[static_cast<std::size_t>(i)] = static_cast<T>(dSum / static_cast<double>(DivisorAt(i, nSize, nWidth)));
+        }
+        if (i >= nHalf)
+        {
+            dSum -= static_cast<double>(aIn[static_cast<std::size_t>(i - nHalf)]);
+        }
+    }
+    return aOut;
+}
+
+template <class T> void FloatPassByDefinition(const ClImage& cIn, bool bRows, long nWidth, ClImage& cOut)
+{
+    cOut.New(cIn);
+    const int nLines = bRows ? cIn.m_nHeight : cIn.m_nWidth;
+    const int nSize = bRows ? cIn.m_nWidth : cIn.m_nHeight;
+    for (int nLine = 0; nLine < nLines; ++nLine)
+    {
+        std::vector<T> aLine;
+        for (int i = 0; i < nSize; ++i)
+        {
+            aLine.push_back(bRows ? Sample<T>(cIn, i, nLine) : Sample<T>(cIn, nLine, i));
+        }
+        const std::vector<T> aMeans = RunningMeans(aLine, nWidth);
+        for (int i = 0; i < nSize; ++i)
+        {
+            (bRows ? Row<T>(cOut, nLine)[i] : Row<T>(cOut, i)[nLine]) = aMeans[static_cast<std::size_t>(i)];
+        }
+    }
+}
+
+/// A pass of the other types, with the width reduced to fit; returns the width in force.
+template <class T> long TypedPassByDefinition(const ClImage& cIn, bool bRows, long nWidth, ClImage& cOut)
+{
+    const int nSize = bRows ? cIn.m_nWidth : cIn.m_nHeight;
+    nWidth = nSize <= nWidth ? nSize - 1 : nWidth;
+    if constexpr (std::is_floating_point_v<T>)
+    {
+        FloatPassByDefinition<T>(cIn, bRows, nWidth, cOut);
+    }
+    else
+    {
+        const long nOffset = -static_cast<long>(std::numeric_limits<T>::min());
+        PassByDefinition<T>(cIn, bRows, nWidth, nOffset, true, cOut);
+    }
+    return nWidth;
+}
+
+template <class T> void FillFlat(ClImage& cImage, unsigned char eType, int nWidth, int nHeight, T value)
+{
+    cImage.NewWithType(eType, nWidth, nHeight, 1, 0, 0);
+    for (int y = 0; y < nHeight; ++y)
+    {
+        std::fill_n(Row<T>(cImage, y), nWidth, value);
+    }
+}
+
+class ClDirections
+{
+public:
+    ClDirections(int nWidth, int nHeight, unsigned int nSeed)
+    {
+        FillRandom8(m_cDx, nWidth, nHeight, nSeed);
+        FillRandom8(m_cDy, nWidth, nHeight, nSeed + 1);
+    }
+    void GiveTo(ClIpFilterMid& cFilter)
+    {
+        cFilter.m_pInDxImage = &m_cDx;
+        cFilter.m_pInDyImage = &m_cDy;
+    }
+
+    ClImage m_cDx;
+    ClImage m_cDy;
+};
+
+void DirectedByDefinition(const ClImage& cIn, const ClDirections& cDirections, int nWidth, bool bOrtho, ClImage& cOut)
+{
+    cOut.New(cIn);
+    for (int y = 0; y < cIn.m_nHeight; ++y)
+    {
+        for (int x = 0; x < cIn.m_nWidth; ++x)
+        {
+            const int nDx = Sample<signed char>(cDirections.m_cDx, x, y);
+            const int nDy = Sample<signed char>(cDirections.m_cDy, x, y);
+            const double dStepX = (bOrtho ? nDy : nDx) * 2 / 256.0;
+            const double dStepY = (bOrtho ? nDx : -nDy) * 2 / 256.0;
+            const int nSteps = std::min({nWidth / 2, x, y, cIn.m_nWidth - 1 - x, cIn.m_nHeight - 1 - y});
+            int nSum = 0;
+            for (int i = -nSteps; i <= nSteps; ++i)
+            {
+                nSum += Sample<unsigned char>(cIn, Floor(x + 0.5 + i * dStepX), Floor(y + 0.5 + i * dStepY));
+            }
+            Row<unsigned char>(cOut, y)[x] = static_cast<unsigned char>(nSum / (2 * nSteps + 1));
+        }
+    }
+}
+
+const Size aSizes[] = {{3, 3}, {4, 3}, {3, 7}, {5, 5}, {5, 40}, {6, 9}, {21, 22}, {67, 6}, {64, 64}, {70, 33}};
+} // namespace
+
+TEST(IpFilterMid, KnowsItsNameAndMakesItsLike)
+{
+    ClIpFilterMid cFilter;
+    EXPECT_STREQ("ClIpFilterMid", cFilter.Name());
+    const std::unique_ptr<ClProcessorBase> pCopy(cFilter.Create());
+    EXPECT_NE(nullptr, dynamic_cast<ClIpFilterMid*>(pCopy.get()));
+    EXPECT_EQ(nullptr, cFilter.m_pRemainder);
+    EXPECT_EQ(3, cFilter.m_nFilterWidth);
+}
+
+TEST(IpFilterMid, DefaultsLeaveTheRemainderAlone)
+{
+    ClIpFilterMid cFilter;
+    ClImage cRemainder;
+    cFilter.SetRemainder(&cRemainder);
+    cFilter.m_nFilterWidth = 5;
+    cFilter.SetParametersToDefault();
+    EXPECT_EQ(&cRemainder, cFilter.m_pRemainder);
+    EXPECT_EQ(3, cFilter.m_nFilterWidth);
+}
+
+TEST(IpFilterMid, EightBitXYIsTheTruncatedMeanOfTheClippedBox)
+{
+    for (const long nWidth : {5L, 7L, 9L, 21L})
+    {
+        for (const auto& [nColumns, nRows] : aSizes)
+        {
+            ClImage cIn, cExpected, cOut;
+            FillRandom8(cIn, nColumns, nRows, 7);
+            if (nColumns < nWidth || nRows < nWidth)
+            {
+                cExpected = cIn;
+            }
+            else
+            {
+                BoxMeanByDefinition<unsigned char>(cIn, static_cast<int>(nWidth / 2), cExpected);
+            }
+            ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cIn, cOut, nWidth));
+            EXPECT_TRUE(SamePixels(cExpected, cOut)) << nWidth;
+        }
+    }
+}
+
+TEST(IpFilterMid, ABoxAsLargeAsTheImageCoversItFromTheMiddleOnly)
+{
+    ClImage cIn, cExpected, cOut;
+    FillRandom8(cIn, 9, 9, 8);
+    BoxMeanByDefinition<unsigned char>(cIn, 4, cExpected);
+    ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cIn, cOut, 9));
+    EXPECT_TRUE(SamePixels(cExpected, cOut));
+}
+
+TEST(IpFilterMid, VeryWideBoxesDoNotOverflow)
+{
+    for (const int nSide : {4095, 4097}) // the widest box with 32-bit sums, and the next one
+    {
+        ClImage cIn, cOut;
+        FillFlat<unsigned char>(cIn, ClImage::eUInt8, nSide, nSide, 255);
+        ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cIn, cOut, nSide));
+        EXPECT_TRUE(SamePixels(cIn, cOut));
+    }
+}
+
+TEST(IpFilterMid, WidthThreeUsesItsFixedPointFactors)
+{
+    for (const auto& [nColumns, nRows] : aSizes)
+    {
+        ClImage cIn, cExpected, cOut;
+        FillRandom8(cIn, nColumns, nRows, 9);
+        Mean3x3ByDefinition(cIn, cExpected);
+        ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cIn, cOut, 3));
+        EXPECT_TRUE(SamePixels(cExpected, cOut));
+    }
+}
+
+TEST(IpFilterMid, WidthThreeDiffersFromExactDivisionWhereItsFactorsDo)
+{
+    // Sum 14 of nine samples: (14 + 4) / 9 is 2, but 18 * 455 >> 12 is 1.
+    ClImage cIn, cOut;
+    FillFlat<unsigned char>(cIn, ClImage::eUInt8, 3, 3, 1);
+    Row<unsigned char>(cIn, 1)[1] = 6;
+    ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cIn, cOut, 3));
+    EXPECT_EQ(1, Sample<unsigned char>(cOut, 1, 1));
+}
+
+TEST(IpFilterMid, AFlatImageStaysFlatForEveryValueAndPath)
+{
+    for (int nValue = 0; nValue < 256; ++nValue)
+    {
+        ClImage cIn, cOut, cRemainder;
+        FillFlat<unsigned char>(cIn, ClImage::eUInt8, 9, 8, static_cast<unsigned char>(nValue));
+        ClDirections cDirections(9, 8, 3);
+        for (const long nWidth : {3L, 5L, 7L})
+        {
+            for (const long nMode : {1L, 2L, 3L, 8L, 16L})
+            {
+                ClIpFilterMid cFilter;
+                cDirections.GiveTo(cFilter);
+                cFilter.m_nMode = nMode;
+                ASSERT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cOut, nWidth));
+                EXPECT_TRUE(SamePixels(cIn, cOut)) << nWidth << ' ' << nMode;
+            }
+            ClIpFilterMid cFilter;
+            cFilter.SetRemainder(&cRemainder);
+            ASSERT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cOut, nWidth));
+            EXPECT_TRUE(SamePixels(cIn, cOut)) << nWidth;
+        }
+    }
+}
+
+TEST(IpFilterMid, AFlatImageOfAnyOtherTypeStaysFlat)
+{
+    const auto check = [](auto eType, auto value)
+    {
+        for (const long nMode : {1L, 2L, 3L})
+        {
+            ClImage cIn, cOut;
+            FillFlat(cIn, eType, 9, 8, value);
+            ClIpFilterMid cFilter;
+            cFilter.m_nMode = nMode;
+            ASSERT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cOut, 5));
+            EXPECT_TRUE(SamePixels(cIn, cOut)) << nMode;
+        }
+    };
+    for (int nValue = -128; nValue < 128; ++nValue)
+    {
+        check(ClImage::eSInt8, static_cast<signed char>(nValue));
+        check(ClImage::eSInt16, static_cast<short>(nValue * 256 + nValue));
+        check(ClImage::eSInt32, static_cast<int>(nValue * 16777216L + 128 + nValue));
+        check(ClImage::eUInt16, static_cast<unsigned short>((nValue + 128) * 257));
+        check(ClImage::eUInt32, static_cast<unsigned int>(nValue + 128) * 16843009u);
+        check(ClImage::eFloat32, static_cast<float>(nValue) * 0.25f);
+        check(ClImage::eDouble64, nValue * 0.25);
+    }
+}
+
+TEST(IpFilterMid, AnEvenWidthRunsAsTheNextOddOneAndKeepsIt)
+{
+    ClImage cIn, cFour, cFive;
+    FillRandom8(cIn, 30, 25, 4);
+    ClIpFilterMid cFilter;
+    ASSERT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cFour, 4));
+    EXPECT_EQ(5, cFilter.m_nFilterWidth);
+    ASSERT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cFive, 5));
+    EXPECT_TRUE(SamePixels(cFive, cFour));
+    ASSERT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cFour, 20));
+    EXPECT_EQ(21, cFilter.m_nFilterWidth);
+    BoxMeanByDefinition<unsigned char>(cIn, 10, cFive);
+    EXPECT_TRUE(SamePixels(cFive, cFour));
+}
+
+TEST(IpFilterMid, WidthZeroRunsAsOneAndCopies)
+{
+    for (const unsigned char eType : {ClImage::eUInt8, ClImage::eSInt16, ClImage::eDouble64})
+    {
+        for (const long nMode : {1L, 2L, 3L})
+        {
+            ClImage cIn, cOut;
+            cIn.NewWithType(eType, 7, 6, 1, 0, 0);
+            FillRandom(cIn, 5);
+            ClIpFilterMid cFilter;
+            cFilter.m_nMode = nMode;
+            ASSERT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cOut, 0));
+            EXPECT_EQ(1, cFilter.m_nFilterWidth);
+            EXPECT_TRUE(SamePixels(cIn, cOut));
+        }
+    }
+}
+
+TEST(IpFilterMid, XYCopiesAnImageThatIsNarrowerOrLowerThanTheBox)
+{
+    for (const auto& [nColumns, nRows] : {Size(1, 1), Size(4, 9), Size(9, 4), Size(4, 4)})
+    {
+        for (const unsigned char eType : {ClImage::eUInt8, ClImage::eSInt8})
+        {
+            ClImage cIn, cOut;
+            cIn.NewWithType(eType, nColumns, nRows, 1, 0, 0);
+            FillRandom(cIn, 6);
+            ClIpFilterMid cFilter;
+            cFilter.m_pInImage = &cIn;
+            cFilter.m_pOutImage = &cOut;
+            cFilter.m_nFilterWidth = 5;
+            ASSERT_EQ(FPC_SUCCESS, eType == ClImage::eUInt8 ? cFilter.ProcessXY() : cFilter.ProcessSignedXY());
+            EXPECT_TRUE(SamePixels(cIn, cOut));
+            EXPECT_EQ(5, cFilter.m_nFilterWidth);
+        }
+    }
+}
+
+TEST(IpFilterMid, XYCopiesASinglePixelAtWidthThree)
+{
+    ClImage cIn, cOut;
+    FillFlat<unsigned char>(cIn, ClImage::eUInt8, 1, 1, 93);
+    ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cIn, cOut, 3));
+    EXPECT_TRUE(SamePixels(cIn, cOut));
+}
+
+TEST(IpFilterMid, GivesTheOutputTheDescriptionOfTheInput)
+{
+    for (const long nMode : {1L, 2L, 3L})
+    {
+        for (const unsigned char eType : {ClImage::eUInt8, ClImage::eUInt16, ClImage::eFloat32})
+        {
+            ClImage cIn, cOut(3, 3, 1, 0, 0);
+            cIn.NewWithType(eType, 12, 11, 1, 3937, 3938);
+            FillRandom(cIn, 3);
+            cIn.m_nAttribute = 42;
+            cIn.m_eContent = ClImage::eUnknown;
+            cIn.m_dWhite = eType == ClImage::eUInt8 ? 255.0 : 0.5;
+            ClIpFilterMid cFilter;
+            cFilter.m_nMode = nMode;
+            ASSERT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cOut, 5));
+            EXPECT_TRUE(SameDescription(cIn, cOut));
+        }
+    }
+}
+
+TEST(IpFilterMid, TakesImagesWithoutPixels)
+{
+    for (const auto& [nColumns, nRows] : {Size(0, 0), Size(0, 9), Size(9, 0)})
+    {
+        for (const unsigned char eType : {ClImage::eUInt8, ClImage::eSInt16})
+        {
+            for (const long nMode : {1L, 2L, 3L})
+            {
+                ClImage cIn, cOut(3, 3, 1, 0, 0);
+                cIn.NewWithType(eType, nColumns, nRows, 1, 0, 0);
+                ClIpFilterMid cFilter;
+                cFilter.m_nMode = nMode;
+                EXPECT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cOut, 5));
+                EXPECT_TRUE(SamePixels(cIn, cOut));
+            }
+        }
+    }
+}
+
+TEST(IpFilterMid, NeverReadsBehindTheLastRow)
+{
+    for (const long nMode : {1L, 2L, 3L, 8L})
+    {
+        for (const long nWidth : {3L, 5L})
+        {
+            const ClGuardedBytes cBlock(13 * 12);
+            ClImage cIn, cOut;
+            cIn.Attach(cBlock.Data(), ClImage::eUInt8, 12, 13, 1, 0, 0);
+            FillRandom(cIn, 3);
+            ClDirections cDirections(12, 13, 4);
+            ClIpFilterMid cFilter;
+            cDirections.GiveTo(cFilter);
+            cFilter.m_nMode = nMode;
+            EXPECT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cOut, nWidth));
+        }
+    }
+}
+
+TEST(IpFilterMid, RefusesToWorkInPlace)
+{
+    for (const unsigned char eType : {ClImage::eUInt8, ClImage::eFloat32})
+    {
+        ClImage cImage;
+        cImage.NewWithType(eType, 9, 9, 1, 0, 0);
+        FillRandom(cImage, 5);
+        EXPECT_EQ(FPC_ERROR_BITMAP_PTR, ClIpFilterMid().ApplyParam(cImage, cImage, 3));
+    }
+}
+
+TEST(IpFilterMid, RaisesForUnknownTypesAndModesAndWithoutInput)
+{
+    ClIpFilterMid cFilter;
+    EXPECT_RAISES_CODE(cFilter.DoProcess(), FPC_ERROR_BITMAP_PTR);
+    ClImage cEmpty, cOut;
+    EXPECT_RAISES_CODE(cFilter.ApplyParam(cEmpty, cOut, 3), FPC_ERROR_PARAM_OUT_OF_RANGE);
+    for (const unsigned char eType : {ClImage::eUInt8, ClImage::eUInt32, ClImage::eDouble64})
+    {
+        ClImage cIn;
+        cIn.NewWithType(eType, 4, 4, 1, 0, 0);
+        EXPECT_RAISES_CODE(cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 3, 4), FPC_ERROR_PARAM_OUT_OF_RANGE);
+    }
+}
+
+TEST(IpFilterMid, EightBitPassesAreRoundedMeansOfTheClippedLine)
+{
+    for (const long nWidth : {3L, 5L, 9L})
+    {
+        for (const auto& [nColumns, nRows] : {Size(10, 10), Size(11, 40), Size(67, 13)})
+        {
+            for (const long nMode : {1L, 2L})
+            {
+                ClImage cIn, cExpected, cOut;
+                FillRandom8(cIn, nColumns, nRows, 11);
+                PassByDefinition<unsigned char>(cIn, nMode == 1, nWidth, 0, true, cExpected);
+                ClIpFilterMid cFilter;
+                ASSERT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, nWidth, nMode));
+                EXPECT_TRUE(SamePixels(cExpected, cOut)) << nWidth << ' ' << nMode;
+                EXPECT_EQ(nWidth, cFilter.m_nFilterWidth);
+            }
+        }
+    }
+}
+
+TEST(IpFilterMid, AnEightBitPassShrinksTheWidthToAnOddOneForGood)
+{
+    for (const long nMode : {1L, 2L})
+    {
+        ClIpFilterMid cFilter;
+        ClImage cIn, cExpected, cOut;
+        FillRandom8(cIn, nMode == 1 ? 5 : 8, nMode == 1 ? 8 : 5, 12);
+        ASSERT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 5, nMode));
+        EXPECT_EQ(3, cFilter.m_nFilterWidth); // 5 - 1 is even
+        PassByDefinition<unsigned char>(cIn, nMode == 1, 3, 0, true, cExpected);
+        EXPECT_TRUE(SamePixels(cExpected, cOut));
+
+        FillRandom8(cIn, 20, 20, 13);
+        ASSERT_EQ(FPC_SUCCESS, cFilter.Apply());
+        PassByDefinition<unsigned char>(cIn, nMode == 1, 3, 0, true, cExpected);
+        EXPECT_TRUE(SamePixels(cExpected, cOut));
+
+        FillRandom8(cIn, 6, 6, 12);
+        ASSERT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 99, nMode));
+        EXPECT_EQ(5, cFilter.m_nFilterWidth);
+    }
+}
+
+TEST(IpFilterMid, AnEightBitPassCopiesLinesOfOneAndTwoSamples)
+{
+    for (const long nMode : {1L, 2L})
+    {
+        for (const int nSize : {1, 2, 3})
+        {
+            ClImage cIn, cOut;
+            FillRandom8(cIn, nMode == 1 ? nSize : 9, nMode == 1 ? 9 : nSize, 14);
+            ClIpFilterMid cFilter;
+            ASSERT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 3, nMode));
+            EXPECT_TRUE(SamePixels(cIn, cOut)) << nSize;
+            EXPECT_EQ(nSize == 1 ? -1 : 1, cFilter.m_nFilterWidth);
+        }
+    }
+}
+
+TEST(IpFilterMid, APassWithoutAWidthFails)
+{
+    ClImage cIn, cOut;
+    FillRandom8(cIn, 9, 9, 15);
+    ClIpFilterMid cFilter;
+    cFilter.m_pInImage = &cIn;
+    cFilter.m_pOutImage = &cOut;
+    cFilter.m_nFilterWidth = 0;
+    EXPECT_EQ(FPC_ERROR_INTERNAL, cFilter.ProcessX());
+    EXPECT_EQ(FPC_ERROR_INTERNAL, cFilter.ProcessY());
+    EXPECT_EQ(FPC_ERROR_INTERNAL, cFilter.ProcessSignedX());
+    EXPECT_EQ(FPC_ERROR_INTERNAL, cFilter.ProcessSignedY());
+}
+
+TEST(IpFilterMid, AllOtherTypesRunBothDirectionsOneAfterTheOther)
+{
+    for (const unsigned char eType : {ClImage::eUInt16, ClImage::eUInt32, ClImage::eSInt8, ClImage::eSInt16,
+                                      ClImage::eSInt32, ClImage::eFloat32, ClImage::eDouble64})
+    {
+        for (const auto& [nColumns, nRows] : {Size(10, 10), Size(11, 40), Size(67, 13), Size(4, 9), Size(9, 3)})
+        {
+            for (const long nMode : {1L, 2L, 3L})
+            {
+                ClImage cIn, cBetween, cExpected, cOut;
+                cIn.NewWithType(eType, nColumns, nRows, 1, 0, 0);
+                FillRandom(cIn, 16);
+                long nWidth = 5;
+                DispatchSampleType(eType, 0,
+                                   [&, nFlags = nMode](auto cTag)
+                                   {
+                                       using T = typename decltype(cTag)::Type;
+                                       cBetween = cIn;
+                                       if ((nFlags & 1) != 0)
+                                       {
+                                           nWidth = TypedPassByDefinition<T>(cIn, true, nWidth, cBetween);
+                                       }
+                                       cExpected = cBetween;
+                                       if ((nFlags & 2) != 0)
+                                       {
+                                           nWidth = TypedPassByDefinition<T>(cBetween, false, nWidth, cExpected);
+                                       }
+                                       return 0L;
+                                   });
+                ClIpFilterMid cFilter;
+                ASSERT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 5, nMode));
+                EXPECT_TRUE(SamePixels(cExpected, cOut)) << nMode;
+                EXPECT_EQ(nWidth, cFilter.m_nFilterWidth);
+            }
+        }
+    }
+}
+
+TEST(IpFilterMid, OtherTypesFailOnALineOfOneSampleAndCopyTwo)
+{
+    ClImage cIn, cOut;
+    cIn.NewWithType(ClImage::eUInt16, 1, 9, 1, 0, 0);
+    FillRandom(cIn, 17);
+    EXPECT_EQ(FPC_ERROR_INTERNAL, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, 1));
+    EXPECT_EQ(FPC_ERROR_INTERNAL, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, 3));
+    EXPECT_EQ(FPC_SUCCESS, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, 2));
+
+    cIn.NewWithType(ClImage::eUInt16, 2, 9, 1, 0, 0);
+    FillRandom(cIn, 17);
+    ClIpFilterMid cFilter;
+    EXPECT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 3, 3));
+    EXPECT_TRUE(SamePixels(cIn, cOut)); // the width is 1 in the second pass, too
+    EXPECT_EQ(1, cFilter.m_nFilterWidth);
+}
+
+TEST(IpFilterMid, FloatingPointSumsAreRunningSums)
+{
+    // 1e17 swallows the ones that stand in the window with it, and they are gone when it leaves.
+    const double adIn[] = {1e17, 1, 1, 1, 1, 1, 1};
+    const double adExpected[] = {1e17 / 2, 1e17 / 3, 1.0 / 3, 1.0 / 3, 1.0 / 3, 1.0 / 3, 0};
+    ClImage cIn, cOut;
+    for (const long nMode : {1L, 2L})
+    {
+        cIn.NewWithType(ClImage::eDouble64, nMode == 1 ? 7 : 1, nMode == 1 ? 1 : 7, 1, 0, 0);
+        std::copy_n(adIn, 7, Row<double>(cIn, 0));
+        ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, nMode));
+        for (int i = 0; i < 7; ++i)
+        {
+            EXPECT_EQ(adExpected[i], Row<double>(cOut, 0)[i]) << i;
+        }
+    }
+}
+
+TEST(IpFilterMid, SignedBytesTruncateTowardZeroWithoutRounding)
+{
+    for (const auto& [nColumns, nRows] : {Size(10, 10), Size(11, 40), Size(67, 13)})
+    {
+        ClImage cIn, cExpected, cOut;
+        cIn.NewWithType(ClImage::eSInt8, nColumns, nRows, 1, 0, 0);
+        FillRandom(cIn, 18);
+        ClIpFilterMid cFilter;
+        cFilter.m_pInImage = &cIn;
+        cFilter.m_pOutImage = &cOut;
+        for (const long nWidth : {3L, 5L, 9L})
+        {
+            cFilter.m_nFilterWidth = nWidth;
+            ASSERT_EQ(FPC_SUCCESS, cFilter.ProcessSignedX());
+            PassByDefinition<signed char>(cIn, true, nWidth, 0, false, cExpected);
+            EXPECT_TRUE(SamePixels(cExpected, cOut)) << nWidth;
+            ASSERT_EQ(FPC_SUCCESS, cFilter.ProcessSignedY());
+            PassByDefinition<signed char>(cIn, false, nWidth, 0, false, cExpected);
+            EXPECT_TRUE(SamePixels(cExpected, cOut)) << nWidth;
+            ASSERT_EQ(FPC_SUCCESS, cFilter.ProcessSignedXY());
+            nWidth == 3 ? SignedMean3x3ByDefinition(cIn, cExpected)
+                        : BoxMeanByDefinition<signed char>(cIn, static_cast<int>(nWidth / 2), cExpected);
+            EXPECT_TRUE(SamePixels(cExpected, cOut)) << nWidth;
+        }
+    }
+}
+
+TEST(IpFilterMid, SignedPassesShrinkToAnOddWidth)
+{
+    ClImage cIn, cOut;
+    cIn.NewWithType(ClImage::eSInt8, 5, 5, 1, 0, 0);
+    FillRandom(cIn, 19);
+    ClIpFilterMid cFilter;
+    cFilter.m_pInImage = &cIn;
+    cFilter.m_pOutImage = &cOut;
+    cFilter.m_nFilterWidth = 5;
+    EXPECT_EQ(FPC_SUCCESS, cFilter.ProcessSignedX());
+    EXPECT_EQ(3, cFilter.m_nFilterWidth);
+    cFilter.m_nFilterWidth = 5;
+    EXPECT_EQ(FPC_SUCCESS, cFilter.ProcessSignedY());
+    EXPECT_EQ(3, cFilter.m_nFilterWidth);
+}
+
+TEST(IpFilterMid, TheRemainderHoldsTheFractionOfEachMean)
+{
+    for (const long nWidth : {3L, 5L, 7L})
+    {
+        ClImage cIn, cOut, cRemainder;
+        FillRandom8(cIn, 23, 17, 20);
+        ClIpFilterMid cFilter;
+        cFilter.SetRemainder(&cRemainder);
+        ASSERT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cOut, nWidth));
+        EXPECT_TRUE(SameDescription(cIn, cRemainder));
+        const int nHalf = static_cast<int>(nWidth / 2);
+        for (int y = 0; y < cIn.m_nHeight; ++y)
+        {
+            for (int x = 0; x < cIn.m_nWidth; ++x)
+            {
+                const auto [dSum, nCount] = ClippedSum<unsigned char>(cIn, x, y, nHalf, nHalf);
+                const double dFactor = nCount == 4 ? 0.25 : nCount == 6 ? 0.16666666666666666 : 0.1111111111111111;
+                const double dMean = nWidth == 3 ? dSum * dFactor : dSum / nCount;
+                const int nParts = static_cast<int>(dMean * 256.0);
+                ASSERT_EQ(nParts >> 8, Sample<unsigned char>(cOut, x, y)) << x << ' ' << y;
+                ASSERT_EQ(nParts & 255, Sample<unsigned char>(cRemainder, x, y)) << x << ' ' << y;
+            }
+        }
+    }
+}
+
+TEST(IpFilterMid, TheRemainderOfACopyIsLeftAlone)
+{
+    ClImage cIn, cOut, cRemainder, cBefore;
+    FillRandom8(cIn, 4, 9, 20);
+    FillRandom8(cRemainder, 4, 9, 21);
+    cBefore = cRemainder;
+    ClIpFilterMid cFilter;
+    cFilter.SetRemainder(&cRemainder);
+    ASSERT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cOut, 5));
+    EXPECT_TRUE(SamePixels(cIn, cOut));
+    EXPECT_TRUE(SamePixels(cBefore, cRemainder));
+}
+
+TEST(IpFilterMid, TheRemainderIsNeitherInputNorOutput)
+{
+    ClImage cIn, cOut;
+    FillRandom8(cIn, 9, 9, 20);
+    ClIpFilterMid cFilter;
+    cFilter.SetRemainder(&cIn);
+    EXPECT_EQ(FPC_ERROR_BITMAP_PTR, cFilter.ApplyParam(cIn, cOut, 5));
+    cFilter.SetRemainder(&cOut);
+    EXPECT_EQ(FPC_ERROR_BITMAP_PTR, cFilter.ApplyParam(cIn, cOut, 5));
+}
+
+TEST(IpFilterMid, DirectedAveragesAlongTheLineOfEachPixel)
+{
+    for (const auto& [nColumns, nRows] : {Size(23, 17), Size(40, 4), Size(9, 1), Size(6, 30)})
+    {
+        for (const int nWidth : {3, 5})
+        {
+            for (const bool bOrtho : {false, true})
+            {
+                ClImage cIn, cExpected, cOut;
+                FillRandom8(cIn, nColumns, nRows, 22);
+                ClDirections cDirections(nColumns, nRows, 23);
+                ClIpFilterMid cFilter;
+                cDirections.GiveTo(cFilter);
+                ASSERT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, nWidth, bOrtho ? 16 : 8));
+                DirectedByDefinition(cIn, cDirections, nWidth, bOrtho, cExpected);
+                EXPECT_TRUE(SamePixels(cExpected, cOut)) << nWidth << bOrtho;
+            }
+        }
+    }
+}
+
+TEST(IpFilterMid, DirectedWithoutADirectionReturnsTheInput)
+{
+    ClImage cIn, cOut;
+    FillRandom8(cIn, 23, 17, 24);
+    ClDirections cDirections(23, 17, 1);
+    FillFlat<unsigned char>(cDirections.m_cDx, ClImage::eUInt8, 23, 17, 0);
+    FillFlat<unsigned char>(cDirections.m_cDy, ClImage::eUInt8, 23, 17, 0);
+    for (const long nMode : {8L, 16L})
+    {
+        ClIpFilterMid cFilter;
+        cDirections.GiveTo(cFilter);
+        ASSERT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 7, nMode));
+        EXPECT_TRUE(SamePixels(cIn, cOut));
+    }
+}
+
+TEST(IpFilterMid, DirectedNeedsBothDirections)
+{
+    const std::string sDescription = std::string(ClException(FPC_ERROR_BAD_POINTER, false, "", 0).What()) + '\n';
+    ClImage cIn, cOut;
+    FillRandom8(cIn, 9, 9, 24);
+    ClDirections cDirections(9, 9, 1);
+    ClIpFilterMid cFilter;
+    cDirections.GiveTo(cFilter);
+    cFilter.m_pInDyImage = nullptr;
+    EXPECT_RAISES(cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 3, 8), ClException, FPC_ERROR_BAD_POINTER,
+                  (sDescription + "m_pInDyImage is not set").c_str());
+    cFilter.m_pInDxImage = nullptr;
+    EXPECT_RAISES(cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 3, 16), ClException, FPC_ERROR_BAD_POINTER,
+                  (sDescription + "m_pInDxImage is not set").c_str());
+}
+
+TEST(IpFilterMid, DirectedCopiesAnImageThatIsTooNarrowAndFails)
+{
+    ClImage cIn, cOut;
+    FillRandom8(cIn, 4, 9, 24);
+    ClDirections cDirections(4, 9, 1);
+    ClIpFilterMid cFilter;
+    cDirections.GiveTo(cFilter);
+    EXPECT_EQ(FPC_ERROR_BITMAP_DIMENSION, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 5, 8));
+    EXPECT_TRUE(SamePixels(cIn, cOut));
+}
+
+TEST(IpFilterMid, DirectedRefusesDirectionsThatDoNotFit)
+{
+    ClImage cIn, cOut;
+    FillRandom8(cIn, 9, 9, 24);
+    ClDirections cDirections(9, 9, 1);
+    ClIpFilterMid cFilter;
+    cDirections.GiveTo(cFilter);
+    FillRandom8(cDirections.m_cDy, 9, 8, 1);
+    EXPECT_EQ(FPC_ERROR_BITMAP_DIMENSION, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 3, 8));
+    cDirections.m_cDy.NewWithType(ClImage::eUInt16, 9, 9, 1, 0, 0);
+    EXPECT_EQ(FPC_ERROR_FORMAT_NOTSUPPORTED, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 3, 8));
+}
+
+TEST(IpFilterMid, DirectedTakesUnsignedBytesOnly)
+{
+    for (const unsigned char eType : {ClImage::eUInt16, ClImage::eUInt32, ClImage::eSInt8, ClImage::eSInt16,
+                                      ClImage::eSInt32, ClImage::eFloat32, ClImage::eDouble64})
+    {
+        ClImage cIn, cOut;
+        cIn.NewWithType(eType, 9, 9, 1, 0, 0);
+        FillRandom(cIn, 25);
+        EXPECT_EQ(FPC_ERROR_FORMAT_NOTSUPPORTED, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, 8));
+        EXPECT_EQ(FPC_ERROR_FORMAT_NOTSUPPORTED, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, 16));
+        EXPECT_EQ(FPC_ERROR_FORMAT_NOTSUPPORTED, ClIpFilterMid().ProcessSignedDirected(false));
+    }
+}
