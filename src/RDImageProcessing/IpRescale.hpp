@@ -1,0 +1,68 @@
+#pragma once
+
+#include "RDTools/FpImage.hpp"
+#include "RDTools/ProcessorBase.hpp"
+
+/// Resizes an 8-bit image to a new size in pixels or to a new resolution in pels per metre.
+/// Input   8-bit samples, read as unsigned bytes; of a colour image up to three planes, one by one.
+/// Output  8-bit, the input's sign, size and resolution in force; may be the input. An equal size is a plain copy.
+/// Values  ModeBiLinear, in 12-bit fixed point, truncated: a direction that shrinks takes the mean of the source span
+/// that
+///         a pixel covers, one that grows interpolates between pixel centres. A new size is rounded up.
+/// Errors  -10 without input, output or pixels; -13 pels asked for without a resolution; -35 no size; -101 no size and
+///         no resolution asked for, or planes of unknown content; -103 a mode that is not available; ClExBadAlloc.
+/// Cost    each source sample is read once in a direction that shrinks, four times in one that grows.
+class ClIpRescale : public ClProcessorBase
+{
+public:
+    enum eProcessingMode : int
+    {
+        ModeWholeNumbered = 0,
+        ModeNearestNeighbour = 1,
+        ModeBiLinear = 2,
+        ModeBiCubic = 3,
+        ModeBiLinearFantMar = 4
+    };
+
+    static constexpr int nMaxPlanes = 3;
+
+    long ApplyParam(ClImage& cIn, ClImage& cOut, eProcessingMode eMode);
+    /// Size in pixels. The resolutions in force follow from it.
+    long ApplyParamSize(ClImage& cIn, ClImage& cOut, int nWidth, int nHeight, eProcessingMode eMode);
+    /// Resolution in pels per metre. The size follows from it.
+    long ApplyParamPels(ClImage& cIn, ClImage& cOut, int nPelsX, int nPelsY, eProcessingMode eMode);
+
+    void SetParametersToDefault() override;
+    void PublishParameters(ClParameterContainer& cContainer) override;
+    using ClProcessorBase::QueryParameters;
+    ClProcessorBase* Create() override;
+    const char* Name() const override;
+    void ParameterString(char* szBuffer, unsigned long nSize) override;
+    long Initialize() override;
+    long Process() override;
+    virtual void ProcessMultiPlane();
+
+    // The passes, each from *m_pInImage to *m_pOutImage, two different one-plane images.
+    void ProcessXBiLinearIntegrating();
+    void ProcessYBiLinearIntegrating();
+    void ProcessBiLinear();
+
+    ClImage* m_pInImage = nullptr;  ///< not owned
+    ClImage* m_pOutImage = nullptr; ///< not owned
+    int m_nNewWidth = 0;
+    int m_nNewHeight = 0;
+    int m_nNewPelsX = 0;
+    int m_nNewPelsY = 0;
+    eProcessingMode m_eMode = ModeBiLinear;
+    double m_dConvParameter1 = -0.75; ///< kernel parameter of the bicubic modes
+    int m_nActWidth = 0;              ///< size and resolution in force, from Initialize
+    int m_nActHeight = 0;
+    int m_nActPelsX = 0;
+    int m_nActPelsY = 0;
+
+private:
+    long ProcessOnePlane();
+    void BiLinear();
+    template <class Pass> void OnResult(Pass&& pass);
+    void MakeOutput(int nWidth, int nHeight, int nPelsX, int nPelsY);
+};
