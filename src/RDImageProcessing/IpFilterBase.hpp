@@ -34,8 +34,9 @@ public:
     /// A width of 1 or less copies; planes run one by one; everything else is DoProcess.
     long Process() override;
 
-    /// Splits the input, runs Process() on each plane and joins the results. What a plane's run returns is not looked
-    /// at: a plane that fails is left empty.
+    /// Splits the input, runs Process() on the third, second and first plane, and joins the results to the content of
+    /// the input; a fourth plane comes out as 0 (floating point: not a number). What a run returns is not looked at.
+    /// May work in place.
     virtual void ProcessMultiPlane();
     virtual long DoProcess();
     virtual long ProcessX();

@@ -26,7 +26,8 @@ public:
 
     /// The image that receives the fractional part of each unsigned 8-bit XY mean, in 1/256, or null. It is made with
     /// the geometry of the input, except where the input is merely copied: then it is left alone. Its presence turns
-    /// the means into the truncated exact ones for width 3, too. Not owned.
+    /// the means into the truncated exact ones for width 3, too. Of a colour image it is that of the first plane. Not
+    /// owned.
     void SetRemainder(ClImage* pRemainder) { m_pRemainder = pRemainder; }
 
     void SetParametersToDefault() override;

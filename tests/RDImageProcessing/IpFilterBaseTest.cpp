@@ -5,6 +5,7 @@
 #include "TestTools.hpp"
 
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -23,6 +24,7 @@ public:
     long ProcessSignedDirected(bool bOrtho) override { return Note(bOrtho ? "SignedOrtho" : "SignedDirected", 6); }
 
     std::string m_sTrace;
+    std::vector<int> m_anFirstSamples; ///< of the inputs, in the order of the runs
     long m_nResult = FPC_SUCCESS;
 
 private:
@@ -30,6 +32,7 @@ private:
     {
         m_sTrace += szName;
         m_sTrace += ' ';
+        m_anFirstSamples.push_back(m_pInImage->Data()[0]);
         if (m_nResult == FPC_SUCCESS)
         {
             m_pOutImage->New(*m_pInImage);
@@ -287,6 +290,51 @@ TEST(IpFilterBase, AFailingFirstPassEndsTheRun)
     FillRandom8(cIn, 4, 4, 2);
     EXPECT_EQ(-7, cFilter.ApplyParam(cIn, cOut, 3, 3));
     EXPECT_EQ("X ", cFilter.m_sTrace);
+    EXPECT_EQ(&cIn, cFilter.m_pInImage);
+    EXPECT_EQ(&cOut, cFilter.m_pOutImage);
+}
+
+TEST(IpFilterBase, PlanesRunFromTheThirdToTheFirst)
+{
+    ClTracingFilter cFilter;
+    ClImage cIn, cOut;
+    cIn.NewWithType(ClImage::eUInt8, 3, 2, 3, 500, 600);
+    FillRandom(cIn, 4);
+    cIn.m_nAttribute = 9;
+    cIn.m_eContent = ClImage::eHSV;
+    for (int i = 0; i < 3; ++i)
+    {
+        cIn.Data()[i] = static_cast<unsigned char>(i + 1);
+    }
+    ASSERT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cOut, 3, 1));
+    EXPECT_EQ("X X X ", cFilter.m_sTrace);
+    EXPECT_EQ((std::vector<int>{3, 2, 1}), cFilter.m_anFirstSamples);
+    EXPECT_TRUE(SameDescription(cIn, cOut));
+    for (int i = 0; i < 3; ++i)
+    {
+        EXPECT_EQ((i + 1) * 10 + 1, cOut.Data()[i]);
+        EXPECT_EQ(i + 1, cIn.Data()[i]);
+    }
+    EXPECT_EQ(&cIn, cFilter.m_pInImage);
+    EXPECT_EQ(&cOut, cFilter.m_pOutImage);
+}
+
+TEST(IpFilterBase, AFailingPlaneDoesNotFailTheRun)
+{
+    ClTracingFilter cFilter;
+    cFilter.m_nResult = -7;
+    ClImage cIn, cOut;
+    cIn.NewWithType(ClImage::eUInt8, 3, 2, 3, 0, 0);
+    EXPECT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cOut, 3, 1));
+    EXPECT_EQ("X X X ", cFilter.m_sTrace);
+}
+
+TEST(IpFilterBase, RefusesMoreThanFourPlanes)
+{
+    ClTracingFilter cFilter;
+    ClImage cIn, cOut;
+    cIn.NewWithType(ClImage::eUInt8, 3, 2, 5, 0, 0);
+    EXPECT_RAISES_CODE(cFilter.ApplyParam(cIn, cOut, 3, 1), FPC_ERROR_PARAM_OUT_OF_RANGE);
     EXPECT_EQ(&cIn, cFilter.m_pInImage);
     EXPECT_EQ(&cOut, cFilter.m_pOutImage);
 }

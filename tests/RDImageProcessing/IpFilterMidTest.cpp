@@ -844,3 +844,62 @@ TEST(IpFilterMid, DirectedTakesUnsignedBytesOnly)
         EXPECT_EQ(FPC_ERROR_FORMAT_NOTSUPPORTED, ClIpFilterMid().ProcessSignedDirected(false));
     }
 }
+
+TEST(IpFilterMid, ColourPlanesAreFilteredOneByOne)
+{
+    for (const unsigned char eType : {ClImage::eUInt8, ClImage::eSInt16, ClImage::eFloat32})
+    {
+        for (const bool bInPlace : {false, true})
+        {
+            ClImage cIn, cCopy, cOut;
+            cIn.NewWithType(eType, 13, 11, 3, 0, 0);
+            FillRandom(cIn, 26);
+            cCopy = cIn;
+            ClImage& cTarget = bInPlace ? cIn : cOut;
+            ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cIn, cTarget, 5));
+            EXPECT_EQ(ClImage::eRGB, cTarget.m_eContent);
+            for (int i = 0; i < 3; ++i)
+            {
+                ClImage cPlane, cExpected, cActual;
+                cCopy.GetPlane(i, cPlane);
+                cTarget.GetPlane(i, cActual);
+                ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cPlane, cExpected, 5));
+                EXPECT_TRUE(SamePixels(cExpected, cActual)) << i;
+            }
+        }
+    }
+}
+
+TEST(IpFilterMid, AFourthPlaneIsNotTaken)
+{
+    ClImage cIn, cOut, cFirst, cFourth, cExpected;
+    cIn.NewWithType(ClImage::eUInt8, 13, 11, 4, 0, 0);
+    FillRandom(cIn, 26);
+    ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cIn, cOut, 5));
+    EXPECT_EQ(ClImage::eRGBA, cOut.m_eContent);
+    ASSERT_EQ(4, cOut.m_nPlanes);
+    cOut.GetPlane(3, cFourth);
+    FillFlat<unsigned char>(cExpected, ClImage::eUInt8, 13, 11, 0);
+    EXPECT_TRUE(SamePixels(cExpected, cFourth));
+    cIn.GetPlane(0, cFirst);
+    ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cFirst, cExpected, 5));
+    cOut.GetPlane(0, cFirst);
+    EXPECT_TRUE(SamePixels(cExpected, cFirst));
+}
+
+TEST(IpFilterMid, TwoPlanesOfUnknownContentAreBothFiltered)
+{
+    ClImage cIn, cOut;
+    cIn.NewWithType(ClImage::eUInt8, 13, 11, 2, 0, 0);
+    FillRandom(cIn, 26);
+    ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cIn, cOut, 5));
+    ASSERT_EQ(2, cOut.m_nPlanes);
+    for (int i = 0; i < 2; ++i)
+    {
+        ClImage cPlane, cExpected, cActual;
+        cIn.GetPlane(i, cPlane);
+        cOut.GetPlane(i, cActual);
+        ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cPlane, cExpected, 5));
+        EXPECT_TRUE(SamePixels(cExpected, cActual)) << i;
+    }
+}
