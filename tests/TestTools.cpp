@@ -1,5 +1,6 @@
 #include "TestTools.hpp"
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 #include <type_traits>
@@ -132,6 +133,67 @@ testing::AssertionResult SameDescription(const ClImage& cExpected, const ClImage
     compare("m_dWhite", cExpected.m_dWhite, cActual.m_dWhite);
     compare("m_nAttribute", cExpected.m_nAttribute, cActual.m_nAttribute);
     return bSame ? testing::AssertionSuccess() : cResult;
+}
+
+void PutLong(unsigned char* pBlock, std::size_t nOffset, std::uint32_t nValue)
+{
+    for (std::size_t i = 0; i < 4; ++i)
+    {
+        pBlock[nOffset + i] = static_cast<unsigned char>(nValue >> (8 * i));
+    }
+}
+
+void PutShort(unsigned char* pBlock, std::size_t nOffset, std::uint16_t nValue)
+{
+    pBlock[nOffset] = static_cast<unsigned char>(nValue);
+    pBlock[nOffset + 1] = static_cast<unsigned char>(nValue >> 8);
+}
+
+std::vector<unsigned char> PackedBitmap(int nWidth, int nHeight, int nBitCount, int nCompression, unsigned int nClrUsed,
+                                        unsigned int nSeed)
+{
+    const std::size_t nEntries = nClrUsed != 0       ? nClrUsed
+                                 : nBitCount <= 8    ? std::size_t(1) << nBitCount
+                                 : nCompression == 3 ? 3
+                                                     : 0;
+    const std::size_t nRow = (static_cast<std::size_t>(nBitCount) * static_cast<std::size_t>(nWidth) + 31) / 32 * 4;
+    const std::size_t nPixels = nRow * static_cast<std::size_t>(nHeight);
+    std::vector<unsigned char> aBlock(40 + 4 * nEntries + nPixels);
+    unsigned char* p = aBlock.data();
+    PutLong(p, 0, 40);
+    PutLong(p, 4, static_cast<std::uint32_t>(nWidth));
+    PutLong(p, 8, static_cast<std::uint32_t>(nHeight));
+    PutShort(p, 12, 1);
+    PutShort(p, 14, static_cast<std::uint16_t>(nBitCount));
+    PutLong(p, 16, static_cast<std::uint32_t>(nCompression));
+    PutLong(p, 20, static_cast<std::uint32_t>(nPixels));
+    PutLong(p, 24, 19685);
+    PutLong(p, 28, 19685);
+    PutLong(p, 32, nClrUsed);
+    static constexpr std::uint32_t aMasks[] = {63488, 2016, 31};
+    for (std::size_t i = 0; i < nEntries; ++i)
+    {
+        const std::size_t nGrey = nEntries > 1 ? i * 255 / (nEntries - 1) : 0;
+        const bool bMask = nBitCount > 8 && nCompression == 3 && i < 3;
+        PutLong(p, 40 + 4 * i, bMask ? aMasks[i] : static_cast<std::uint32_t>(nGrey * 0x010101));
+    }
+    ClTestRandom cRandom(nSeed);
+    for (std::size_t i = 40 + 4 * nEntries; i < aBlock.size(); ++i)
+    {
+        p[i] = static_cast<unsigned char>(cRandom.Below(256));
+    }
+    return aBlock;
+}
+
+std::vector<unsigned char> WithFileHeader(const std::vector<unsigned char>& aPacked)
+{
+    std::vector<unsigned char> aFile(14 + aPacked.size());
+    aFile[0] = 'B';
+    aFile[1] = 'M';
+    PutLong(aFile.data(), 2, static_cast<std::uint32_t>(14 + aPacked.size()));
+    PutLong(aFile.data(), 10, 14 + 40);
+    std::copy(aPacked.begin(), aPacked.end(), aFile.begin() + 14);
+    return aFile;
 }
 
 ClGuardedBytes::ClGuardedBytes(std::size_t nSize) : m_nSize(nSize)

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 /// The same numbers on every machine, for test data: a linear congruential generator with its high bits as output
 /// (constants of D. E. Knuth's MMIX).
@@ -64,6 +65,19 @@ private:
     unsigned char* m_pBytes;
     std::size_t m_nSize;
 };
+
+/// A packed device-independent bitmap: header, table, rows on 4-byte boundaries, with random pixels and padding. The
+/// table has nClrUsed entries, or, for 0, as many as the header then means: a grey ramp up to 8 bits, the masks 63488,
+/// 2016 and 31 for compression 3. Resolution 19685 pels per metre (500 per inch) both ways.
+std::vector<unsigned char> PackedBitmap(int nWidth, int nHeight, int nBitCount, int nCompression = 0,
+                                        unsigned int nClrUsed = 0, unsigned int nSeed = 1);
+
+/// The same behind a file header of 14 bytes, as it stands in a file.
+std::vector<unsigned char> WithFileHeader(const std::vector<unsigned char>& aPacked);
+
+/// Writes a 32 or 16-bit value into a packed block, little-endian.
+void PutLong(unsigned char* pBlock, std::size_t nOffset, std::uint32_t nValue);
+void PutShort(unsigned char* pBlock, std::size_t nOffset, std::uint16_t nValue);
 
 /// Runs statement, which must raise Exception with catalogue number code and, as its What(), exactly text.
 #define EXPECT_RAISES(statement, Exception, code, text)                                                                \
