@@ -119,6 +119,7 @@ bool ClParameterBase::GetPathName(char* szBuffer, unsigned long& nSize) const
     }
     char* szEnd = szBuffer + nNeeded - 1; // filled from the end, as the walk goes from the leaf up
     *szEnd = '\0';
+    bool bLast = true;
     for (const ClParameterBase* pNode = this; pNode != nullptr; pNode = pNode->m_pParent)
     {
         const char* szName = pNode->GetName();
@@ -126,10 +127,11 @@ bool ClParameterBase::GetPathName(char* szBuffer, unsigned long& nSize) const
         {
             continue;
         }
-        if (*szEnd != '\0' || szEnd != szBuffer + nNeeded - 1)
+        if (!bLast)
         {
             *--szEnd = '.';
         }
+        bLast = false;
         const std::size_t nLength = std::strlen(szName);
         szEnd -= nLength;
         std::memcpy(szEnd, szName, nLength);
@@ -155,7 +157,7 @@ void ClParameterBase::SetString(char** ppDest, const char* szSource)
             std::memcpy(szCopy, szSource, nSize);
         }
     }
-    delete[] *ppDest;
+    delete[] * ppDest;
     *ppDest = szCopy;
     if (szSource != nullptr && szCopy == nullptr)
     {

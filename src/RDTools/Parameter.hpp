@@ -183,7 +183,7 @@ public:
     bool GetValue(char*, unsigned long&) override { ThrowAbstract(__LINE__); }
     bool GetDefaultValue(char*, unsigned long&) override { ThrowAbstract(__LINE__); }
 
-    Base* m_pObject = nullptr;                       ///< if not null, the value lives behind its accessors
+    Base* m_pObject = nullptr;                        ///< if not null, the value lives behind its accessors
     void (Base::*m_pfnSet)(const T& value) = nullptr; ///< setter of m_pObject
     T (Base::*m_pfnGet)() = nullptr;                  ///< getter of m_pObject
     T** m_ppValue = nullptr;                          ///< normally the address of m_pValue
@@ -222,6 +222,7 @@ template <class T, class Base> class TpParameter : public TpParameterBase<T, Bas
 {
 public:
     ~TpParameter() override = default;
+    ClParameterBase* Clone() override { return this->CloneAs(this); }
 };
 
 /// Copies szText into a caller's buffer by the text convention of ClParameter.

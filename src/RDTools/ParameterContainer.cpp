@@ -283,5 +283,6 @@ void ClParameterContainer::AddParameter(const char* szName, ClParameter* pParame
     }
     m_aChildren.Add(pParameter);
     pParameter->m_pParent = this;
+    pParameter->m_nFlags = static_cast<unsigned char>(pParameter->m_nFlags & ~eAddedMark);
     pOwned.release();
 }

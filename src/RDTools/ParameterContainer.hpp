@@ -76,7 +76,6 @@ public:
         Parameter* pParameter = ConvertBadAlloc([] { return new Parameter; });
         AddParameter(szName, pParameter);
         pParameter->Bind(pValue);
-        pParameter->m_nFlags = static_cast<unsigned char>(pParameter->m_nFlags & ~ClParameter::eAddedMark);
         return pParameter;
     }
 

@@ -34,9 +34,10 @@ void ThrowNoSuchText(const char* szValue, const char* szName)
 
 void ThrowNoSuchValue(long nValue, const char* szName)
 {
-    ThrowRange([&]
-               { return "Value " + Quoted(std::to_string(nValue).c_str()) + " out of range for parameter " +
-                        Quoted(szName); });
+    ThrowRange(
+        [&] {
+            return "Value " + Quoted(std::to_string(nValue).c_str()) + " out of range for parameter " + Quoted(szName);
+        });
 }
 
 void ThrowValueHasNoName(const char* szName, const char* szValue)

@@ -50,7 +50,8 @@ unsigned long CopyValueName(const char* szName, char* szBuffer, unsigned long nS
 
 /// A value chosen from a table of names: an enumeration, a boolean with named values, or a pointer. Names are compared
 /// without regard to case.
-template <class T, class Base> class TpParameterEnumPointer : public TpParameter<T, Base>, public ClParameterEnumInterface
+template <class T, class Base>
+class TpParameterEnumPointer : public TpParameter<T, Base>, public ClParameterEnumInterface
 {
 public:
     /// One row of the table.
@@ -101,7 +102,7 @@ public:
         }
         ClMapEntry cEntry;
         cEntry.m_Value = value;
-        ClParameterBase::SetString(&cEntry.m_szName, szName);
+        ClParameterBase::SetString(&cEntry.m_szName, szName == nullptr ? "" : szName);
         m_aMap.Add(cEntry);
     }
 
@@ -115,7 +116,15 @@ public:
     }
 
     long GetValue() override { return ToLong(this->ReadValue()); }
-    void SetValue(long nValue) override { SetTypedValue(FromLong(nValue)); }
+    void SetValue(long nValue) override
+    {
+        const T value = FromLong(nValue);
+        if (m_aMap.Entries() != 0 && ToLong(value) != nValue) // no T at all, so none of the table
+        {
+            ThrowNoSuchValue(nValue, this->m_szName);
+        }
+        SetTypedValue(value);
+    }
     /// The same for the enumeration's own type.
     template <class U, class = std::enable_if_t<std::is_same_v<U, T> && !std::is_same_v<U, long>>>
     void SetValue(U value)
@@ -200,7 +209,7 @@ private:
     /// Index of the first entry of this name or value; the entry count if there is none.
     unsigned long IndexOf(const char* szName) const
     {
-        unsigned long i = szName == nullptr ? m_aMap.Entries() : 0;
+        unsigned long i = szName == nullptr ? m_aMap.Entries() : 0; // no name is no entry's name
         while (i < m_aMap.Entries() && strcasecmp(m_aMap[i].m_szName, szName) != 0)
         {
             ++i;

@@ -17,9 +17,7 @@ const char* Named(const char* szName)
 [[noreturn]] void ThrowNotSet(const char* szName, const char* szValue)
 {
     const std::string sText = ConvertBadAlloc(
-        [&] {
-            return std::string("Failed to set parameter \"") + Named(szName) + "\" to value \"" + szValue + "\"";
-        });
+        [&] { return std::string("Failed to set parameter \"") + Named(szName) + "\" to value \"" + szValue + "\""; });
     throw ClException(sText.c_str(), FPC_ERROR_INVALID_PARAMETER, true, szModule, __LINE__);
 }
 
@@ -52,14 +50,16 @@ void ClParameterNumericInterface::SetFormat(const char* szFormat)
         return;
     }
     const std::size_t nSize = std::strlen(szFormat) + 1;
-    m_aFormat.New(nSize);
-    std::memcpy(m_aFormat.m_pData, szFormat, nSize);
+    TpArrayStatic<char> aCopy(nSize); // first, as szFormat may be the text that is replaced
+    std::memcpy(aCopy.m_pData, szFormat, nSize);
+    std::swap(m_aFormat.m_pData, aCopy.m_pData);
+    std::swap(m_aFormat.m_nEntries, aCopy.m_nEntries);
 }
 
 void ThrowOutOfRange(const char* szName)
 {
-    const std::string sText = ConvertBadAlloc(
-        [&] { return std::string("Value out of range for parameter \"") + Named(szName) + "\""; });
+    const std::string sText =
+        ConvertBadAlloc([&] { return std::string("Value out of range for parameter \"") + Named(szName) + "\""; });
     throw ClExRange(sText.c_str(), FPC_ERROR_PARAM_OUT_OF_RANGE, true, szModule, __LINE__);
 }
 

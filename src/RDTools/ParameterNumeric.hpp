@@ -83,7 +83,8 @@ void StripTrailingZeros(char* szText);
 [[noreturn]] void ThrowFormatFailed();
 
 /// A number with an optional range (none while both bounds are equal), a printf format and a scale.
-template <class T, class Base> class TpParameterNumeric : public TpParameter<T, Base>, public ClParameterNumericInterface
+template <class T, class Base>
+class TpParameterNumeric : public TpParameter<T, Base>, public ClParameterNumericInterface
 {
 public:
     TpParameterNumeric()
@@ -122,7 +123,10 @@ public:
     double GetUpperBoundary() const override { return static_cast<double>(m_Upper); }
     void SetUpperBoundary(double dUpper) override { m_Upper = ToInteger<T>(dUpper); }
     bool IsValueInRange() const override { return IsValueInRangeT(this->ReadValue()); }
-    bool IsValueInRange(double dValue) const override { return IsValueInRangeT(ToInteger<T>(dValue)); }
+    bool IsValueInRange(double dValue) const override
+    {
+        return !HasRange() || (LiesWithinLimits(dValue) && IsValueInRangeT(ToInteger<T>(dValue)));
+    }
     virtual bool IsValueInRangeT(T value) const { return !HasRange() || (m_Lower <= value && value <= m_Upper); }
     bool HasRange() const override { return m_Lower != m_Upper; }
 
@@ -163,10 +167,7 @@ public:
         }
     }
 
-    bool GetValue(char* szBuffer, unsigned long& nSize) override
-    {
-        return Format(this->ReadValue(), szBuffer, nSize);
-    }
+    bool GetValue(char* szBuffer, unsigned long& nSize) override { return Format(this->ReadValue(), szBuffer, nSize); }
     bool GetDefaultValue(char* szBuffer, unsigned long& nSize) override
     {
         return Format(this->m_Default, szBuffer, nSize);
@@ -192,22 +193,25 @@ private:
         return CastSample<TOut>(value);
     }
 
-    /// The value as a T, or ClExRange. Not a number lies in no limits.
+    /// Not a number lies in no limits, and every long in those of a floating-point type.
+    template <class V> static bool LiesWithinLimits(V value)
+    {
+        if constexpr (std::is_floating_point_v<V> || std::is_integral_v<T>)
+        {
+            return value >= static_cast<V>(Limits::lowest()) && value <= static_cast<V>(Limits::max());
+        }
+        else
+        {
+            return true;
+        }
+    }
+
+    /// The value as a T, or ClExRange.
     template <class V> T WithinLimits(V value) const
     {
-        if constexpr (std::is_floating_point_v<V>)
+        if (!LiesWithinLimits(value))
         {
-            if (!(value >= static_cast<V>(Limits::lowest()) && value <= static_cast<V>(Limits::max())))
-            {
-                ThrowOutOfRange(this->m_szName);
-            }
-        }
-        else if constexpr (std::is_integral_v<T>)
-        {
-            if (value < static_cast<long>(Limits::lowest()) || value > static_cast<long>(Limits::max()))
-            {
-                ThrowOutOfRange(this->m_szName);
-            }
+            ThrowOutOfRange(this->m_szName);
         }
         return ToInteger<T>(value);
     }
