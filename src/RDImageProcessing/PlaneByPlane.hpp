@@ -6,6 +6,22 @@
 
 #include <algorithm>
 
+/// fn(plane) for each plane of an image as an image of its own; of a one-plane image for the image itself.
+template <class Fn> void ForEachPlane(const ClImage& cImage, Fn&& fn)
+{
+    if (cImage.m_nPlanes <= 1)
+    {
+        fn(cImage);
+        return;
+    }
+    for (int i = 0; i < cImage.m_nPlanes; ++i)
+    {
+        ClImage cPlane;
+        cImage.GetPlane(i, cPlane);
+        fn(cPlane);
+    }
+}
+
 /// Puts an operator's image pointers back when a step that has set others is over, also if it raised.
 class ClHeldImages
 {
