@@ -45,6 +45,20 @@ unsigned char* AllocBlock(std::uint64_t nBytes)
     return reinterpret_cast<unsigned char*>(NewArray<tagBITMAPINFOHEADER>(nUnits));
 }
 
+/// Runs fn, which fills the bitmap; if it fails the bitmap becomes empty.
+template <class Fn> auto FillOrClear(ClBitmap& cBitmap, Fn&& fn)
+{
+    try
+    {
+        return fn();
+    }
+    catch (const ClException&)
+    {
+        cBitmap.ClearFree();
+        throw;
+    }
+}
+
 /// A block for this header, the given table and its pixels.
 unsigned char* AllocBlock(int nWidth, int nHeight, int nBitCount, unsigned long nTableBytes, bool bWithPixels)
 {
@@ -156,7 +170,7 @@ void ClBitmap::Create(long nWidth, long nHeight, long nBitCount, long nCompressi
         BitmapAlloc(cHeader.biWidth, cHeader.biHeight, cHeader.biBitCount, cHeader.biCompression, true);
     FillBI(reinterpret_cast<tagBITMAPINFOHEADER*>(pBlock), nWidth, nHeight, nBitCount, nCompression);
     m_pPalette = CheckPtr(pBlock, 0);
-    ResetPixel();
+    FillOrClear(*this, [this] { ResetPixel(); });
 }
 
 void ClBitmap::Create(ClBitmap& cModel)
@@ -215,50 +229,42 @@ void ClBitmap::FillBIFromImage(tagBITMAPINFOHEADER* pBI, const ClImage& cImage)
 void ClBitmap::Attach(unsigned char* pDIB, unsigned long nSize)
 {
     Clear();
-    try
-    {
-        ClBitmapLayout cLayout(nSize);
-        auto* pBI = const_cast<tagBITMAPINFOHEADER*>(MemToBitmapInfoHeader(cLayout.TakeHeader(pDIB)));
-        ConvertBadAlloc([&] { m_pBIH.reset(pBI, void_deleter()); });
-        m_pPalette = cLayout.TakeTable(pBI);
-        ResetPixel();
-        cLayout.CheckPixels(*pBI);
-    }
-    catch (const ClException&)
-    {
-        ClearFree();
-        throw;
-    }
+    FillOrClear(*this,
+                [&]
+                {
+                    ClBitmapLayout cLayout(nSize);
+                    auto* pBI = const_cast<tagBITMAPINFOHEADER*>(MemToBitmapInfoHeader(cLayout.TakeHeader(pDIB)));
+                    ConvertBadAlloc([&] { m_pBIH.reset(pBI, void_deleter()); });
+                    m_pPalette = cLayout.TakeTable(pBI);
+                    ResetPixel();
+                    cLayout.CheckPixels(*pBI);
+                });
 }
 
 void ClBitmap::Attach(unsigned char* pBIH, unsigned char* pPixels, unsigned char* pPalette)
 {
     Clear();
-    try
-    {
-        if (pBIH == nullptr)
-        {
-            Raise(FPC_ERROR_BITMAP_PTR, "No Bitmap to Attach", __LINE__);
-        }
-        if (pPixels == nullptr)
-        {
-            Raise(FPC_ERROR_BITMAP_PTR, "No Pixel data to Attach", __LINE__);
-        }
-        if (ClBitmapLayout::BeginsWithFileHeader(pBIH))
-        {
-            pBIH += ClBitmapLayout::nFileHeaderSize;
-        }
-        auto* pBI = const_cast<tagBITMAPINFOHEADER*>(MemToBitmapInfoHeader(pBIH));
-        ConvertBadAlloc([&] { m_pBIH.reset(pBI, void_deleter()); });
-        m_pPalette =
-            pPalette != nullptr ? reinterpret_cast<std::uint32_t*>(pPalette) : ClBitmapLayout::TableBehind(pBI);
-        ConvertBadAlloc([&] { m_pPixels.reset(pPixels, void_deleter()); });
-    }
-    catch (const ClException&)
-    {
-        ClearFree();
-        throw;
-    }
+    FillOrClear(*this,
+                [&]
+                {
+                    if (pBIH == nullptr)
+                    {
+                        Raise(FPC_ERROR_BITMAP_PTR, "No Bitmap to Attach", __LINE__);
+                    }
+                    if (pPixels == nullptr)
+                    {
+                        Raise(FPC_ERROR_BITMAP_PTR, "No Pixel data to Attach", __LINE__);
+                    }
+                    if (ClBitmapLayout::BeginsWithFileHeader(pBIH))
+                    {
+                        pBIH += ClBitmapLayout::nFileHeaderSize;
+                    }
+                    auto* pBI = const_cast<tagBITMAPINFOHEADER*>(MemToBitmapInfoHeader(pBIH));
+                    ConvertBadAlloc([&] { m_pBIH.reset(pBI, void_deleter()); });
+                    m_pPalette = pPalette != nullptr ? reinterpret_cast<std::uint32_t*>(pPalette)
+                                                     : ClBitmapLayout::TableBehind(pBI);
+                    ConvertBadAlloc([&] { m_pPixels.reset(pPixels, void_deleter()); });
+                });
 }
 
 void ClBitmap::Attach(const ClBitmap& cOther)
@@ -299,20 +305,17 @@ std::uint32_t* ClBitmap::CheckPtr(unsigned char* pDIB, unsigned long nSize)
         ConvertBadAlloc([&] { pOwner.reset(pBlock, boost::checked_array_deleter<tagBITMAPINFOHEADER>()); });
         ClearFree();
     }
-    try
-    {
-        ClBitmapLayout cLayout(nSize);
-        auto* pBI = const_cast<tagBITMAPINFOHEADER*>(MemToBitmapInfoHeader(cLayout.TakeHeader(pDIB)));
-        m_pBIH = boost::shared_ptr<tagBITMAPINFOHEADER>(pOwner, pBI); // behind a file header, if there is one
-        std::uint32_t* pTable = cLayout.TakeTable(pBI);
-        cLayout.CheckPixels(*pBI);
-        return pTable;
-    }
-    catch (const ClException&)
-    {
-        ClearFree();
-        throw;
-    }
+    return FillOrClear(
+        *this,
+        [&]
+        {
+            ClBitmapLayout cLayout(nSize);
+            auto* pBI = const_cast<tagBITMAPINFOHEADER*>(MemToBitmapInfoHeader(cLayout.TakeHeader(pDIB)));
+            m_pBIH = boost::shared_ptr<tagBITMAPINFOHEADER>(pOwner, pBI); // behind a file header, if there is one
+            std::uint32_t* pTable = cLayout.TakeTable(pBI);
+            cLayout.CheckPixels(*pBI);
+            return pTable;
+        });
 }
 
 void ClBitmap::ResetPixel()
@@ -337,7 +340,7 @@ void ClBitmap::CopyFrom(const ClImage& cImage, bool bCopy)
         m_pPixels = pImage;
         return;
     }
-    ResetPixel();
+    FillOrClear(*this, [this] { ResetPixel(); });
     // An image of samples without a size has less than the bitmap.
     const std::int64_t nImageBytes = static_cast<std::int64_t>(cImage.Stride()) * cImage.m_nHeight;
     const std::size_t nImage = nImageBytes > 0 ? static_cast<std::size_t>(nImageBytes) : 0;
@@ -367,7 +370,7 @@ void ClBitmap::CopyFrom(const ClBitmap& cOther, bool bCopy)
     CopyBytes(pBlock, &cHeader, ClBitmapLayout::nHeaderSize);
     m_pPalette = CheckPtr(pBlock, 0);
     CopyBytes(m_pPalette, cOther.m_pPalette, ClBitmapLayout::TableBytes(cHeader));
-    ResetPixel();
+    FillOrClear(*this, [this] { ResetPixel(); });
     CopyBytes(m_pPixels.get(), cOther.m_pPixels.get(), ClBitmapLayout::PixelBytes(cHeader));
 }
 

@@ -1,5 +1,6 @@
 #include "RDTools/Bitmap.hpp"
 
+#include "FailingHeap.hpp"
 #include "RDTools/FpImage.hpp"
 #include "TestTools.hpp"
 
@@ -722,5 +723,53 @@ TEST(Bitmap, ImageAssignmentCopiesTheBitmap)
     EXPECT_EQ(ClImage::eRGB, cImage.m_eContent);
     EXPECT_NE(aBlock.data() + 40, cImage.Data());
     EXPECT_EQ(0, std::memcmp(aBlock.data() + 40, cImage.Data(), 40 * 5));
+}
+
+TEST(Bitmap, EveryExhaustedHeapIsBadAllocAndLeavesAnEmptyBitmap)
+{
+    Bytes_t aBlock = PackedBitmap(13, 5, 8);
+    ClImage cImage;
+    FillRandom8(cImage, 13, 5, 2);
+    ClBitmap cSource(13, 5, 24, 0), cBitmap;
+    cSource = 1;
+    EXPECT_LT(0, ExpectBadAllocAtEveryAllocation([] { ClBitmap cNew; }));
+    const auto expectEmptyAfterFailure = [&cBitmap](auto&& fn)
+    {
+        const long nFailed = ExpectBadAllocAtEveryAllocation([&] { fn(cBitmap); });
+        for (long i = 0; i < nFailed; ++i)
+        {
+            bool bRaised = false;
+            {
+                const ClFailingHeap cHeap(i);
+                try
+                {
+                    fn(cBitmap);
+                }
+                catch (const ClExBadAlloc&)
+                {
+                    bRaised = true;
+                }
+            }
+            EXPECT_TRUE(bRaised);
+            EXPECT_EQ(nullptr, cBitmap.m_pBIH.get()) << "at allocation " << i;
+            EXPECT_EQ(nullptr, cBitmap.m_pPixels.get()) << "at allocation " << i;
+            EXPECT_EQ(nullptr, cBitmap.m_pPalette) << "at allocation " << i;
+        }
+        return nFailed;
+    };
+    EXPECT_LT(0, expectEmptyAfterFailure([](ClBitmap& c) { c.Create(13, 5, 8, 0); }));
+    EXPECT_LT(0, expectEmptyAfterFailure([&](ClBitmap& c) { c.Attach(aBlock.data(), aBlock.size()); }));
+    EXPECT_LT(0, expectEmptyAfterFailure([&](ClBitmap& c) { c.Attach(aBlock.data(), aBlock.data(), nullptr); }));
+    EXPECT_LT(0, expectEmptyAfterFailure([&](ClBitmap& c) { c = cImage; }));
+    EXPECT_LT(0, expectEmptyAfterFailure([&](ClBitmap& c) { c.Attach(cImage); }));
+    cBitmap.Attach(cImage);
+    EXPECT_EQ(cImage.Data(), cBitmap.m_pPixels.get());
+    // The temporary that keeps the old block comes first: without memory for it the old bitmap still stands.
+    EXPECT_LT(0, ExpectBadAllocAtEveryAllocation([&] { cBitmap = cSource; }));
+    EXPECT_TRUE(cBitmap == cSource);
+    EXPECT_LT(0, ExpectBadAllocAtEveryAllocation([&] { cBitmap.CopyFrom(aBlock.data(), true); }));
+    Bytes_t aOut(aBlock.size());
+    EXPECT_LT(0, ExpectBadAllocAtEveryAllocation([&] { cBitmap.CopyTo(aOut.data()); }));
+    EXPECT_EQ(aBlock, aOut);
 }
 } // namespace

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "RDTools/Exception.hpp"
+
+#include <gtest/gtest.h>
+
+/// While it lives, operator new of this thread fails after nPassing more allocations. Test programs that use it check
+/// moreover that array-new meets array-delete, because with operators of their own the address sanitizer no longer can.
+class ClFailingHeap
+{
+public:
+    explicit ClFailingHeap(long nPassing);
+    ClFailingHeap(const ClFailingHeap&) = delete;
+    ClFailingHeap& operator=(const ClFailingHeap&) = delete;
+    ~ClFailingHeap();
+};
+
+/// Runs fn again and again, letting its first, second, third... allocation fail, until it needs no more of them. Each
+/// failure must come out as ClExBadAlloc -102. Returns the number of allocations that failed.
+template <class Fn> long ExpectBadAllocAtEveryAllocation(Fn&& fn)
+{
+    for (long nPassing = 0; nPassing < 1000; ++nPassing)
+    {
+        const char* szEscaped = nullptr;
+        long nNumber = FPC_ERROR_OUT_OF_MEMORY;
+        bool bRaised = true;
+        {
+            const ClFailingHeap cHeap(nPassing);
+            try
+            {
+                fn();
+                bRaised = false;
+            }
+            catch (const ClExBadAlloc& cRaised)
+            {
+                nNumber = cRaised.Number();
+            }
+            catch (const ClException&)
+            {
+                szEscaped = "another ClException";
+            }
+            catch (const std::exception&)
+            {
+                szEscaped = "an exception of the standard library";
+            }
+        }
+        EXPECT_EQ(nullptr, szEscaped) << "at allocation " << nPassing;
+        EXPECT_EQ(FPC_ERROR_OUT_OF_MEMORY, nNumber) << "at allocation " << nPassing;
+        if (!bRaised)
+        {
+            return nPassing;
+        }
+    }
+    ADD_FAILURE() << "it never passed";
+    return 0;
+}
