@@ -1,0 +1,100 @@
+#pragma once
+
+// Random pictures of black objects, and their objects by definition.
+
+#include "SampleAccess.hpp"
+#include "TestTools.hpp"
+
+#include <utility>
+#include <vector>
+
+using Pixel = std::pair<int, int>; ///< column, row
+
+/// A one-plane 8-bit image of 0 and 255; nBlackPercent of the pixels are 0. Padding is 0, too, so that code which takes
+/// it for pixels is seen.
+inline void FillBinary(ClImage& cImage, int nWidth, int nHeight, int nBlackPercent, unsigned int nSeed)
+{
+    cImage.NewWithType(ClImage::eUInt8, nWidth, nHeight, 1, 3937, 3937);
+    std::memset(cImage.Data(), 0, static_cast<std::size_t>(cImage.Stride()) * static_cast<std::size_t>(nHeight));
+    ClTestRandom cRandom(nSeed);
+    for (int y = 0; y < nHeight; ++y)
+    {
+        for (int x = 0; x < nWidth; ++x)
+        {
+            SetSample<unsigned char>(cImage, x, y, 0, cRandom.Below(100) < nBlackPercent ? 0 : 255);
+        }
+    }
+}
+
+/// fn(image) for pictures of many sizes and densities.
+template <class Fn> void ForEachBinaryPicture(Fn&& fn)
+{
+    unsigned int nSeed = 1;
+    for (const ClTestSize& cSize : aTestSizes)
+    {
+        for (const int nPercent : {0, 20, 50, 60, 70, 90, 100})
+        {
+            ClImage cImage;
+            FillBinary(cImage, cSize.nWidth, cSize.nHeight, nPercent, nSeed++);
+            SCOPED_TRACE(std::to_string(cSize.nWidth) + " by " + std::to_string(cSize.nHeight) + ", " +
+                         std::to_string(nPercent) + " percent black");
+            fn(cImage);
+        }
+    }
+}
+
+/// The four-connected pixels of the same 8-bit value around a pixel, in no order.
+inline std::vector<Pixel> RegionOf(const ClImage& cImage, int nX, int nY)
+{
+    const unsigned char nValue = SampleAt<unsigned char>(cImage, nX, nY);
+    std::vector<bool> abSeen(static_cast<std::size_t>(cImage.m_nWidth) * static_cast<std::size_t>(cImage.m_nHeight));
+    std::vector<Pixel> aRegion;
+    const auto visit = [&](int x, int y)
+    {
+        if (x < 0 || x >= cImage.m_nWidth || y < 0 || y >= cImage.m_nHeight)
+        {
+            return;
+        }
+        const std::size_t nIndex =
+            static_cast<std::size_t>(y) * static_cast<std::size_t>(cImage.m_nWidth) + static_cast<std::size_t>(x);
+        if (!abSeen[nIndex] && SampleAt<unsigned char>(cImage, x, y) == nValue)
+        {
+            abSeen[nIndex] = true;
+            aRegion.emplace_back(x, y);
+        }
+    };
+    visit(nX, nY);
+    for (std::size_t i = 0; i < aRegion.size(); ++i)
+    {
+        const auto [x, y] = aRegion[i];
+        visit(x - 1, y);
+        visit(x + 1, y);
+        visit(x, y - 1);
+        visit(x, y + 1);
+    }
+    return aRegion;
+}
+
+/// The label image by definition: regions of 0 numbered by their first pixels. Returns the number of labels.
+inline int LabelByDefinition(const ClImage& cIn, ClImage& cLabels)
+{
+    cLabels.NewWithType(ClImage::eSInt32, cIn.m_nWidth, cIn.m_nHeight, 1, cIn.m_nXRes, cIn.m_nYRes);
+    std::memset(cLabels.Data(), 0,
+                static_cast<std::size_t>(cLabels.Stride()) * static_cast<std::size_t>(cLabels.m_nHeight));
+    int nLabels = 0;
+    for (int y = 0; y < cIn.m_nHeight; ++y)
+    {
+        for (int x = 0; x < cIn.m_nWidth; ++x)
+        {
+            if (SampleAt<unsigned char>(cIn, x, y) == 0 && SampleAt<int>(cLabels, x, y) == 0)
+            {
+                ++nLabels;
+                for (const auto& [nX, nY] : RegionOf(cIn, x, y))
+                {
+                    SetSample(cLabels, nX, nY, 0, nLabels);
+                }
+            }
+        }
+    }
+    return nLabels;
+}

@@ -1,0 +1,39 @@
+#include "RDImageProcessing/WorkStack.hpp"
+
+#include <gtest/gtest.h>
+
+TEST(WorkStack, GivesBackInReverseOrder)
+{
+    TpArrayDynamic<int, 100> aStack;
+    for (int i = 0; i < 5000; ++i)
+    {
+        PushEntry(aStack, i);
+    }
+    for (int i = 4999; i >= 0; --i)
+    {
+        ASSERT_EQ(i, PopEntry(aStack));
+    }
+    EXPECT_EQ(0u, aStack.Entries());
+}
+
+TEST(WorkStack, GrowsByItsStepFirstAndByHalfLater)
+{
+    TpArrayDynamic<int, 100> aStack;
+    unsigned long nCapacity = 0;
+    unsigned long nGrowths = 0;
+    for (int i = 0; i < 100000; ++i)
+    {
+        PushEntry(aStack, i);
+        if (aStack.m_nEntries != nCapacity)
+        {
+            if (nCapacity <= 200)
+            {
+                EXPECT_EQ(nCapacity + 100, aStack.m_nEntries);
+            }
+            nCapacity = aStack.m_nEntries;
+            ++nGrowths;
+        }
+    }
+    EXPECT_LE(nGrowths, 20u);
+    EXPECT_LE(nCapacity, 150000u);
+}
