@@ -289,13 +289,18 @@ TEST(IpFilterMid, ABoxAsLargeAsTheImageCoversItFromTheMiddleOnly)
 
 TEST(IpFilterMid, VeryWideBoxesDoNotOverflow)
 {
-    for (const int nSide : {4095, 4097}) // the widest box with 32-bit sums, and the next one
-    {
-        ClImage cIn, cOut;
-        FillFlat<unsigned char>(cIn, ClImage::eUInt8, nSide, nSide, 255);
-        ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cIn, cOut, nSide));
-        EXPECT_TRUE(SamePixels(cIn, cOut));
-    }
+    // The first odd widths at which the sum of the largest samples leaves 32 bits, unsigned and signed.
+    ClImage cIn, cOut;
+    FillFlat<unsigned char>(cIn, ClImage::eUInt8, 4105, 4105, 255);
+    ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cIn, cOut, 4105));
+    EXPECT_TRUE(SamePixels(cIn, cOut));
+    FillFlat<signed char>(cIn, ClImage::eSInt8, 4099, 4099, -128);
+    ClIpFilterMid cFilter;
+    cFilter.m_pInImage = &cIn;
+    cFilter.m_pOutImage = &cOut;
+    cFilter.m_nFilterWidth = 4099;
+    ASSERT_EQ(FPC_SUCCESS, cFilter.ProcessSignedXY());
+    EXPECT_TRUE(SamePixels(cIn, cOut));
 }
 
 TEST(IpFilterMid, WidthThreeUsesItsFixedPointFactors)
