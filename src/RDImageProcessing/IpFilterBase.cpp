@@ -1,10 +1,6 @@
 #include "RDImageProcessing/IpFilterBase.hpp"
 
-#include "RDImageProcessing/IpJoinPlanes.hpp"
-#include "RDImageProcessing/IpSplitPlanes.hpp"
 #include "RDTools/ParameterContainer.hpp"
-
-#include <algorithm>
 
 namespace
 {
@@ -82,29 +78,10 @@ long ClIpFilterBase::Process()
 
 void ClIpFilterBase::ProcessMultiPlane()
 {
-    constexpr int nPlanesRun = 3;
-    ClImage acPlanes[nPlanesRun];
-    ClIpSplitPlanes cSplit;
-    cSplit.Timer(IsTimerEnabled());
-    cSplit.ApplyParam(*m_pInImage, &acPlanes[0], &acPlanes[1], &acPlanes[2], nullptr);
-    const int nPlanes = std::min(m_pInImage->m_nPlanes, nPlanesRun);
-    {
-        const ClImagesKept cKept(*this);
-        for (int i = nPlanes - 1; i >= 0; --i)
-        {
-            ClImage cResult;
-            m_pInImage = &acPlanes[i];
-            m_pOutImage = &cResult;
-            Process();
-            acPlanes[i].Swap(cResult);
-        }
-    }
-    ClIpJoinPlanes cJoin;
-    cJoin.Timer(IsTimerEnabled());
-    cJoin.m_eOutContent = m_pInImage->m_eContent;
-    cJoin.m_nOutPlanes = m_pInImage->m_nPlanes; // for an image of unknown content
+    // A pass that reduces the width does so for the planes that follow, so their order is told by the results.
+    ProcessPlaneByPlane(
+        *this, m_pInImage, m_pOutImage, 3, [this](int) { Process(); }, true);
     m_pOutImage->m_nAttribute = m_pInImage->m_nAttribute;
-    cJoin.ApplyParam(*m_pOutImage, &acPlanes[0], &acPlanes[1], nPlanes > 2 ? &acPlanes[2] : nullptr, nullptr);
 }
 
 long ClIpFilterBase::DoProcess()

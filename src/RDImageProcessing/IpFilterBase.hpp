@@ -1,5 +1,6 @@
 #pragma once
 
+#include "RDImageProcessing/PlaneByPlane.hpp"
 #include "RDTools/FpImage.hpp"
 #include "RDTools/ProcessorBase.hpp"
 
@@ -56,39 +57,18 @@ public:
     ClImage* m_pInDyImage = nullptr; ///< not owned; y components
 
 protected:
-    /// Puts the image pointers back at the end of a scope in which they are lent to single passes.
-    class ClImagesKept
-    {
-    public:
-        explicit ClImagesKept(ClIpFilterBase& cFilter)
-            : m_cFilter(cFilter), m_pInImage(cFilter.m_pInImage), m_pOutImage(cFilter.m_pOutImage)
-        {
-        }
-        ClImagesKept(const ClImagesKept&) = delete;
-        ClImagesKept& operator=(const ClImagesKept&) = delete;
-        ~ClImagesKept()
-        {
-            m_cFilter.m_pInImage = m_pInImage;
-            m_cFilter.m_pOutImage = m_pOutImage;
-        }
-
-        ClIpFilterBase& m_cFilter;
-        ClImage* const m_pInImage;
-        ClImage* const m_pOutImage;
-    };
-
     /// Runs two passes, the second on the result of the first. A pass that fails ends the run with its code.
     template <class First, class Second> long InTwoPasses(First&& first, Second&& second)
     {
         ClImage cBetween;
-        const ClImagesKept cKept(*this);
+        const ClHeldImages cHeld(m_pInImage, m_pOutImage);
         m_pOutImage = &cBetween;
         if (const long nFailure = first())
         {
             return nFailure;
         }
         m_pInImage = &cBetween;
-        m_pOutImage = cKept.m_pOutImage;
+        m_pOutImage = cHeld.m_pOut;
         return second();
     }
 };

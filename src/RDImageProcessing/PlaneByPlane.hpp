@@ -46,9 +46,11 @@ private:
 
 /// Lets an operator for one plane work on an image of several: the input is taken apart, process(i) runs with plane i
 /// as *pIn and an empty image as *pOut, and what it leaves there is joined into the output with the input's content. At
-/// most nMostPlanes planes are taken. The operator's image pointers are as before afterwards, also if process raises.
+/// most nMostPlanes planes are taken, the last one first if so wanted. The operator's image pointers are as before
+/// afterwards, also if process raises.
 template <class Fn>
-void ProcessPlaneByPlane(const ClProcessorBase& cOwner, ClImage*& pIn, ClImage*& pOut, int nMostPlanes, Fn&& process)
+void ProcessPlaneByPlane(const ClProcessorBase& cOwner, ClImage*& pIn, ClImage*& pOut, int nMostPlanes, Fn&& process,
+                         bool bLastFirst = false)
 {
     ClHeldImages cHeld(pIn, pOut);
     const int nPlanes = std::min({cHeld.m_pIn->m_nPlanes, nMostPlanes, ClIpSplitPlanes::nMaxPlanes});
@@ -61,8 +63,9 @@ void ProcessPlaneByPlane(const ClProcessorBase& cOwner, ClImage*& pIn, ClImage*&
     ClIpSplitPlanes cSplit;
     cSplit.Timer(cOwner.IsTimerEnabled());
     cSplit.ApplyParam(*cHeld.m_pIn, apPlane[0], apPlane[1], apPlane[2], apPlane[3]);
-    for (int i = 0; i < nPlanes; ++i)
+    for (int n = 0; n < nPlanes; ++n)
     {
+        const int i = bLastFirst ? nPlanes - 1 - n : n;
         ClImage cResult;
         pIn = apPlane[i];
         pOut = &cResult;

@@ -908,3 +908,20 @@ TEST(IpFilterMid, TwoPlanesOfUnknownContentAreBothFiltered)
         EXPECT_TRUE(SamePixels(cExpected, cActual)) << i;
     }
 }
+
+TEST(IpFilterMid, AWidthThatShrinksOnTheThirdPlaneIsSmallForTheOthers)
+{
+    ClImage cIn, cOut;
+    cIn.NewWithType(ClImage::eSInt16, 20, 3, 3, 0, 0);
+    FillRandom(cIn, 27);
+    ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cIn, cOut, 5));
+    for (int i = 2; i >= 0; --i)
+    {
+        ClImage cPlane, cBetween, cExpected, cActual;
+        cIn.GetPlane(i, cPlane);
+        cOut.GetPlane(i, cActual);
+        TypedPassByDefinition<short>(cPlane, true, i == 2 ? 5 : 2, cBetween); // 3 rows leave a width of 2
+        TypedPassByDefinition<short>(cBetween, false, i == 2 ? 5 : 2, cExpected);
+        EXPECT_TRUE(SamePixels(cExpected, cActual)) << i;
+    }
+}
