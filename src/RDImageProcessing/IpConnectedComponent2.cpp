@@ -1,5 +1,6 @@
 #include "RDImageProcessing/IpConnectedComponent2.hpp"
 
+#include "RDImageProcessing/FillTools.hpp"
 #include "RDImageProcessing/IpLabeling.hpp"
 #include "RDTools/ParameterContainer.hpp"
 
@@ -117,7 +118,7 @@ void Measure(const ClImage& cLabels, ClIpConnectedComponent2::ComponentsArray_t&
 
 void MeasureGrey(const ClImage& cLabels, const ClImage& cGrey, ClIpConnectedComponent2::ComponentsArray_t& aComponents)
 {
-    if (cGrey.Data() == nullptr || cGrey.Stride() < cGrey.m_nWidth)
+    if (!HasBytePerColumn(cGrey))
     {
         return;
     }

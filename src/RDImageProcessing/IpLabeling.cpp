@@ -1,18 +1,12 @@
 #include "RDImageProcessing/IpLabeling.hpp"
 
-#include "RDImageProcessing/WorkStack.hpp"
+#include "RDImageProcessing/FillTools.hpp"
 
 #include <cstring>
 
 namespace
 {
 constexpr char szModule[] = "RDImageProcessing/IpLabeling";
-
-/// Whether each row holds a byte for each column.
-bool HasBytePerColumn(const ClImage& cImage)
-{
-    return cImage.Data() != nullptr && cImage.Stride() >= cImage.m_nWidth;
-}
 
 /// The row above or below a span: finds the places from which its unlabelled object pixels are to be filled.
 struct ClNeighbourRow

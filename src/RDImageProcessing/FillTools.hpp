@@ -1,8 +1,17 @@
 #pragma once
 
+#include "RDTools/FpImage.hpp"
 #include "RDTools/TpArrayDynamic.hpp"
 
 #include <algorithm>
+
+// What the operators share that walk over regions of 8-bit images.
+
+/// Whether each row holds a byte for each column, so that an image of any type can be walked as an 8-bit one.
+inline bool HasBytePerColumn(const ClImage& cImage)
+{
+    return cImage.Data() != nullptr && cImage.Stride() >= cImage.m_nWidth;
+}
 
 /// Puts an entry on a growing array that serves as a stack. It grows by the array's own step while it is small, later
 /// by half its size: a fixed step alone would copy the stack of a finely hatched picture thousands of times.

@@ -1,8 +1,8 @@
-#include "RDImageProcessing/WorkStack.hpp"
+#include "RDImageProcessing/FillTools.hpp"
 
 #include <gtest/gtest.h>
 
-TEST(WorkStack, GivesBackInReverseOrder)
+TEST(FillTools, TheStackGivesBackInReverseOrder)
 {
     TpArrayDynamic<int, 100> aStack;
     for (int i = 0; i < 5000; ++i)
@@ -16,7 +16,7 @@ TEST(WorkStack, GivesBackInReverseOrder)
     EXPECT_EQ(0u, aStack.Entries());
 }
 
-TEST(WorkStack, GrowsByItsStepFirstAndByHalfLater)
+TEST(FillTools, TheStackGrowsByItsStepFirstAndByHalfLater)
 {
     TpArrayDynamic<int, 100> aStack;
     unsigned long nCapacity = 0;
@@ -36,4 +36,20 @@ TEST(WorkStack, GrowsByItsStepFirstAndByHalfLater)
     }
     EXPECT_LE(nGrowths, 20u);
     EXPECT_LE(nCapacity, 150000u);
+}
+
+TEST(FillTools, KnowsImagesWithoutAByteForEachColumn)
+{
+    ClImage cImage;
+    EXPECT_FALSE(HasBytePerColumn(cImage));
+    for (const int nPlanes : {1, 3})
+    {
+        cImage.NewWithType(ClImage::eUInt8, 5, 2, nPlanes, 0, 0);
+        EXPECT_TRUE(HasBytePerColumn(cImage));
+    }
+    cImage.NewWithType(ClImage::eDouble64, 5, 2, 1, 0, 0);
+    EXPECT_TRUE(HasBytePerColumn(cImage));
+    unsigned char acBytes[4] = {};
+    cImage.Attach(acBytes, ClImage::eUInt8, 5, 2, 0, 0, 0);
+    EXPECT_FALSE(HasBytePerColumn(cImage));
 }
