@@ -1,0 +1,191 @@
+#include "FourPrintTestTools.hpp"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+using Fingers = std::vector<int>;
+
+/// A box of a size, its lower left corner at x, y.
+Box Sized(int nX, int nY, int nWidth, int nHeight)
+{
+    return MakeBox(nX, nX + nWidth, nY, nY + nHeight);
+}
+
+Fingers AfterSmall(std::initializer_list<Box> acBox)
+{
+    ClBoxFixture c(2000, 2000, acBox);
+    c.m_c.RemoveRelativelySmallFingerprintBoxes(c.m_c.m_aImages, c.m_c.m_aResultBoxes, c.m_c.m_aOriginBoxes,
+                                                c.m_c.m_nFingers);
+    return c.Left();
+}
+
+Fingers AfterOverlap(std::initializer_list<Box> acBox, double dLimit = 0.6)
+{
+    ClBoxFixture c(2000, 2000, acBox);
+    c.m_c.RemoveOverlappingFingerprintBoxes(c.m_c.m_aImages, c.m_c.m_aResultBoxes, c.m_c.m_aOriginBoxes,
+                                            c.m_c.m_nFingers, dLimit);
+    return c.Left();
+}
+
+Fingers AfterReduction(std::initializer_list<Box> acBox)
+{
+    ClBoxFixture c(2000, 2000, acBox);
+    c.m_c.ReduceFingerCountToMaxOfFourByRules(c.m_c.m_aImages, c.m_c.m_aResultBoxes, c.m_c.m_aOriginBoxes,
+                                              c.m_c.m_nFingers);
+    return c.Left();
+}
+
+/// Tips of the boxes that stay after the amputation test; the two lists and the count must agree.
+std::vector<int> AfterAmputation(std::initializer_list<int> anTip)
+{
+    Boxes aBoxes;
+    Boxes aOrigins;
+    int nCount = static_cast<int>(anTip.size());
+    for (const int nTip : anTip)
+    {
+        aBoxes.Add(MakeBox(0, 10, 0, nTip));
+        aOrigins.Add(MakeBox(0, 10, 0, nTip + 1000));
+    }
+    ClIpFourPrintSegmentation::RemoveAmputatedFingerprints(aBoxes, aOrigins, nCount);
+    std::vector<int> anLeft;
+    for (unsigned long i = 0; i < aBoxes.Entries(); ++i)
+    {
+        EXPECT_EQ(aBoxes[i].m_nMaxY + 1000, aOrigins[i].m_nMaxY);
+        anLeft.push_back(aBoxes[i].m_nMaxY);
+    }
+    EXPECT_EQ(static_cast<unsigned long>(nCount), aOrigins.Entries());
+    EXPECT_EQ(static_cast<unsigned long>(nCount), aBoxes.Entries());
+    return anLeft;
+}
+} // namespace
+
+TEST(IpFourPrintPruning, FewerThanThreeBoxesHaveNoAmputatedFinger)
+{
+    EXPECT_EQ((std::vector<int>{500, 300}), AfterAmputation({500, 300}));
+    EXPECT_EQ((std::vector<int>{500}), AfterAmputation({500}));
+    EXPECT_EQ((std::vector<int>{}), AfterAmputation({}));
+}
+
+TEST(IpFourPrintPruning, AFingerShorterThanBothNeighboursIsAmputated)
+{
+    // 300 goes; then 480 between 500 and 310 stays; then 310 between 480 and 470 goes.
+    EXPECT_EQ((std::vector<int>{500, 480, 470}), AfterAmputation({500, 300, 480, 310, 470}));
+}
+
+TEST(IpFourPrintPruning, OuterFingersAndEqualTipsAreNeverAmputated)
+{
+    EXPECT_EQ((std::vector<int>{100, 500, 480, 90}), AfterAmputation({100, 500, 480, 90}));
+    EXPECT_EQ((std::vector<int>{300, 300, 400}), AfterAmputation({300, 300, 400}));
+    EXPECT_EQ((std::vector<int>{400, 300, 300}), AfterAmputation({400, 300, 300}));
+}
+
+TEST(IpFourPrintPruning, ABoxLessThanHalfAsHighAsTheOtherGoes)
+{
+    EXPECT_EQ((Fingers{0}), AfterSmall({Sized(0, 0, 50, 100), Sized(100, 0, 50, 45)}));
+    EXPECT_EQ((Fingers{0, 1}), AfterSmall({Sized(0, 0, 50, 100), Sized(100, 0, 50, 50)}));
+    EXPECT_EQ((Fingers{1}), AfterSmall({Sized(0, 0, 50, 45), Sized(100, 0, 50, 100)}));
+}
+
+TEST(IpFourPrintPruning, ABoxLessThanHalfAsWideAsTheOtherGoes)
+{
+    EXPECT_EQ((Fingers{0}), AfterSmall({Sized(0, 0, 100, 80), Sized(200, 0, 49, 80)}));
+    EXPECT_EQ((Fingers{0, 1}), AfterSmall({Sized(0, 0, 100, 80), Sized(200, 0, 50, 80)}));
+}
+
+TEST(IpFourPrintPruning, SmallBoxesGoUntilNoneIsLeft)
+{
+    EXPECT_EQ((Fingers{0, 3}), AfterSmall({Sized(0, 0, 100, 200), Sized(200, 0, 100, 60), Sized(400, 0, 100, 30),
+                                           Sized(600, 0, 100, 200)}));
+}
+
+TEST(IpFourPrintPruning, ANarrowBoxScannedAfterALowOneTakesOverAsTheSmallOne)
+{
+    // Box 1 is low (height 40), box 2 narrow (width 20) but high: it takes over, and box 1 joins the sums: the mean
+    // width (100 + 100) / 2 = 100 has a half of 50 above 20, so box 2 goes. Next round box 1: mean height 100, half 50
+    // above 40.
+    EXPECT_EQ((Fingers{0}), AfterSmall({Sized(0, 0, 100, 100), Sized(200, 0, 100, 40), Sized(400, 0, 20, 100)}));
+    // With a width of 60 the narrow box takes over all the same and shields the low one: nothing goes, as the mean
+    // height is (100 + 40) / 2 = 70 against its own 100.
+    EXPECT_EQ((Fingers{0, 1, 2}), AfterSmall({Sized(0, 0, 100, 100), Sized(200, 0, 100, 40), Sized(400, 0, 60, 100)}));
+}
+
+TEST(IpFourPrintPruning, OneBoxIsNeverSmall)
+{
+    EXPECT_EQ((Fingers{0}), AfterSmall({Sized(0, 0, 1, 1)}));
+    EXPECT_EQ((Fingers{}), AfterSmall({}));
+}
+
+TEST(IpFourPrintPruning, ABoxInsideABiggerOneGoes)
+{
+    EXPECT_EQ((Fingers{0}), AfterOverlap({Sized(0, 0, 200, 200), Sized(50, 50, 20, 20)}));
+    EXPECT_EQ((Fingers{1}), AfterOverlap({Sized(50, 50, 20, 20), Sized(0, 0, 200, 200)}));
+}
+
+TEST(IpFourPrintPruning, OfTwoEqualBoxesTheFirstGoes)
+{
+    EXPECT_EQ((Fingers{1}), AfterOverlap({Sized(0, 0, 100, 100), Sized(0, 0, 100, 100)}));
+}
+
+TEST(IpFourPrintPruning, ExactlyTheLimitOfOverlapIsNoHit)
+{
+    EXPECT_EQ((Fingers{0, 1}), AfterOverlap({Sized(0, 0, 100, 100), Sized(40, 0, 100, 100)}));
+    EXPECT_EQ((Fingers{1}), AfterOverlap({Sized(0, 0, 100, 100), Sized(39, 0, 100, 100)}));
+}
+
+TEST(IpFourPrintPruning, AFlatSecondBoxIsAHitAndAFlatFirstBoxIsNot)
+{
+    EXPECT_EQ((Fingers{0}), AfterOverlap({Sized(0, 0, 100, 100), Sized(500, 0, 0, 100)}));
+    EXPECT_EQ((Fingers{0, 1}), AfterOverlap({Sized(500, 0, 0, 100), Sized(0, 0, 100, 100)}));
+}
+
+TEST(IpFourPrintPruning, AHitBeforeTheFirstRowBeginsTheScanAgain)
+{
+    // The first row loses its box 1 by overlap with 0; the scan resumes at row 0 and finds the other pair.
+    EXPECT_EQ((Fingers{0, 3}), AfterOverlap({Sized(0, 0, 200, 200), Sized(10, 10, 100, 100), Sized(500, 0, 100, 100),
+                                             Sized(490, 0, 200, 200)}));
+}
+
+TEST(IpFourPrintPruning, TheScanGoesOnDiagonallyAfterAHit)
+{
+    // Row 1 hits column 2 (box 2 lies in box 1); the scan goes on at row 0 with column 3, which is box 4 by now. Then
+    // the rows are scanned again, so in the end no overlapping pair is left.
+    EXPECT_EQ((Fingers{0, 1, 4}), AfterOverlap({Sized(0, 0, 100, 100), Sized(300, 0, 100, 100), Sized(310, 10, 50, 50),
+                                                Sized(10, 10, 50, 50), Sized(600, 0, 100, 100)}));
+}
+
+TEST(IpFourPrintPruning, FourBoxesAreNotReduced)
+{
+    EXPECT_EQ((Fingers{0, 1, 2, 3}), AfterReduction({Sized(0, 900, 100, 100), Sized(200, 900, 100, 100),
+                                                     Sized(400, 900, 100, 100), Sized(600, 0, 100, 100)}));
+}
+
+TEST(IpFourPrintPruning, TheLowestOfFiveBoxesGoes)
+{
+    EXPECT_EQ((Fingers{0, 1, 3, 4}),
+              AfterReduction({Sized(0, 900, 100, 100), Sized(200, 950, 100, 100), Sized(400, 300, 100, 100),
+                              Sized(600, 940, 100, 100), Sized(800, 850, 100, 100)}));
+}
+
+TEST(IpFourPrintPruning, OfSixBoxesTwoGoWithTheSumsTakenAnew)
+{
+    EXPECT_EQ((Fingers{0, 1, 3, 5}),
+              AfterReduction({Sized(0, 900, 100, 100), Sized(200, 950, 100, 100), Sized(400, 300, 100, 100),
+                              Sized(600, 940, 100, 100), Sized(700, 200, 100, 100), Sized(800, 850, 100, 100)}));
+}
+
+TEST(IpFourPrintPruning, OfFiveLevelBoxesTheFirstGoes)
+{
+    EXPECT_EQ((Fingers{1, 2, 3, 4}),
+              AfterReduction({Sized(0, 900, 100, 100), Sized(200, 900, 100, 100), Sized(400, 900, 100, 100),
+                              Sized(600, 900, 100, 100), Sized(800, 900, 100, 100)}));
+}
+
+TEST(IpFourPrintPruning, BoxesBelowAnAbsoluteAreaGo)
+{
+    ClBoxFixture c(2000, 2000,
+                   {Sized(0, 0, 100, 99), Sized(200, 0, 100, 100), Sized(400, 0, 99, 100), Sized(600, 0, 50, 200)});
+    c.m_c.RemoveToSmallFingerprintBoxes(c.m_c.m_aImages, c.m_c.m_aResultBoxes, c.m_c.m_aOriginBoxes, c.m_c.m_nFingers,
+                                        100.0);
+    EXPECT_EQ((Fingers{1, 3}), c.Left());
+}
