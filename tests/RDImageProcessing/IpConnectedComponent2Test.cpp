@@ -391,6 +391,22 @@ TEST(IpConnectedComponent2, OrdersTheLargestFirst)
     EXPECT_FALSE(Deferring::Compare(cSmall, cLarge));
 }
 
+TEST(IpConnectedComponent2, ItsTimerFlagCountsForTheLabellingToo)
+{
+    ClRunCounter cCounter;
+    ClImage cIn;
+    PaintText(cIn, {"#.#"});
+    Components aComponents;
+    ClIpConnectedComponent2 cMeasure;
+    cMeasure.pInImage = &cIn;
+    cMeasure.m_pComponents = &aComponents;
+    cMeasure.Apply();
+    EXPECT_EQ(2, cCounter.m_nRuns);
+    cMeasure.Timer(false);
+    cMeasure.Apply();
+    EXPECT_EQ(2, cCounter.m_nRuns);
+}
+
 TEST(IpConnectedComponent2, PublishesThreePointers)
 {
     ClIpConnectedComponent2 cMeasure;

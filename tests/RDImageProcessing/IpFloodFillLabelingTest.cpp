@@ -255,6 +255,20 @@ TEST(IpFloodFillLabeling, WithoutInputReportsTheMissingImage)
     EXPECT_EQ(FPC_ERROR_BITMAP_PTR, ClIpFloodFillLabeling().Apply());
 }
 
+TEST(IpFloodFillLabeling, ItsTimerFlagCountsForTheFillsToo)
+{
+    ClRunCounter cCounter;
+    ClImage cImage;
+    PaintText(cImage, {"...", "#.#"});
+    ClIpFloodFillLabeling cLabeling;
+    cLabeling.FloodFill(cImage);
+    EXPECT_EQ(2, cCounter.m_nRuns); // one fill for each object
+    PaintText(cImage, {"...", "#.#"});
+    cLabeling.Timer(false);
+    cLabeling.FloodFill(cImage);
+    EXPECT_EQ(2, cCounter.m_nRuns);
+}
+
 TEST(IpFloodFillLabeling, IsAFloodFillWithItsParameters)
 {
     ClIpFloodFillLabeling cLabeling;

@@ -168,6 +168,25 @@ TEST(IpRgbToGrey, LightnessHasALinearFoot)
     EXPECT_EQ(0, GreyOf<unsigned char>(ClImage::eUInt8, 0, ClIpRgbToGrey::Lightness));
 }
 
+TEST(IpRgbToGrey, LightnessChangesItsFormulaAtItsThreshold)
+{
+    ClImage cIn;
+    cIn.NewWithType(ClImage::eDouble64, 200, 1, 3, 0, 0);
+    for (int x = 0; x < 200; ++x)
+    {
+        const double dY = 0.008856 + (x - 100) * 1e-6;
+        for (int i = 0; i < 3; ++i)
+        {
+            SetSample(cIn, x, 0, i, 2.0 * dY - 1.0); // the range is -1 to 1
+        }
+    }
+    ClImage cExpected;
+    FoldByDefinition<double>(cIn, ClIpRgbToGrey::Lightness, cExpected);
+    ClImage cOut;
+    ASSERT_EQ(0, ClIpRgbToGrey().ApplyParam(cIn, cOut, ClIpRgbToGrey::Lightness));
+    EXPECT_TRUE(SamePixels(cExpected, cOut));
+}
+
 TEST(IpRgbToGrey, LightnessIsNotBelowBlack)
 {
     EXPECT_EQ(-1.0f, GreyOf<float>(ClImage::eFloat32, -5.0f, ClIpRgbToGrey::Lightness));

@@ -3,6 +3,7 @@
 // Samples by their place, slowly and without the row pointers of the library: for expected values.
 
 #include "RDTools/FpImage.hpp"
+#include "RDTools/ProcessorBase.hpp"
 #include "TestTools.hpp"
 
 #include <cstring>
@@ -83,3 +84,14 @@ inline void PaintText(ClImage& cImage, std::initializer_list<const char*> aRows)
         ++y;
     }
 }
+
+/// Counts the runs of all processors that are made while it lives and that have their timer on.
+class ClRunCounter : public ClProfileTimer
+{
+public:
+    ClRunCounter() { g_pProfileTimer = this; }
+    ~ClRunCounter() override { g_pProfileTimer = nullptr; }
+    void TimerStart(const char*, ...) override { ++m_nRuns; }
+
+    int m_nRuns = 0;
+};
