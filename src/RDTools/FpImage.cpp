@@ -2,6 +2,7 @@
 
 #include "RDTools/Bitmap.hpp"
 #include "RDTools/Exception.hpp"
+#include "RDTools/TpArrayStatic.hpp"
 
 #include <cstdint>
 #include <cstring>
@@ -135,24 +136,21 @@ void ClImage::NewWithType(unsigned char eType, int nWidth, int nHeight, int nPla
     {
         throw ClException("Image area must be positive", FPC_ERROR_INTERNAL, false, "Unknown", -1);
     }
-    if (!bRowFits)
+    try
+    {
+        if (!bRowFits)
+        {
+            ThrowBadAlloc();
+        }
+        const bool bArea = nHeight != 0 && nStride != 0;
+        const std::size_t nBytes = (static_cast<std::size_t>(BlockBytes(nStride, nHeight)) + 7) & ~std::size_t(7);
+        ResetBlock(bArea ? NewArray<unsigned char>(nBytes) : nullptr, boost::checked_array_deleter<unsigned char>());
+    }
+    catch (const ClExBadAlloc&)
     {
         Initialize();
-        ThrowBadAlloc();
+        throw;
     }
-    if (nHeight == 0 || nStride == 0)
-    {
-        ResetBlock(nullptr, boost::checked_array_deleter<unsigned char>());
-        return;
-    }
-    const std::size_t nBytes = (static_cast<std::size_t>(BlockBytes(nStride, nHeight)) + 7) & ~std::size_t(7);
-    unsigned char* pData = new (std::nothrow) unsigned char[nBytes];
-    if (pData == nullptr)
-    {
-        Initialize();
-        ThrowBadAlloc();
-    }
-    ResetBlock(pData, boost::checked_array_deleter<unsigned char>());
 }
 
 void ClImage::NewWithType(const ClImage& cModel, unsigned char eType)
@@ -204,7 +202,7 @@ ClImage& ClImage::operator=(const ClImage& cOther)
     const std::int64_t nBytes = BlockBytes(Stride(), m_nHeight);
     if (nBytes > 0 && Data() != nullptr && cOther.Data() != nullptr)
     {
-        std::memcpy(Data(), cOther.Data(), static_cast<std::size_t>(nBytes));
+        std::memmove(Data(), cOther.Data(), static_cast<std::size_t>(nBytes)); // both may borrow the same memory
     }
     return *this;
 }
@@ -235,13 +233,14 @@ void ClImage::Attach(void* pData, const ClImage& cModel)
     ClImage cDescription;
     cDescription.Describe(cModel); // the model may be this image
     Delete();
+    ResetBlock(static_cast<unsigned char*>(pData), void_deleter()); // first: without memory the image stays empty
     Describe(cDescription);
-    ResetBlock(static_cast<unsigned char*>(pData), void_deleter());
 }
 
 void ClImage::Attach(void* pData, unsigned char eType, int nWidth, int nHeight, int nPlanes, int nXRes, int nYRes)
 {
     Delete();
+    ResetBlock(static_cast<unsigned char*>(pData), void_deleter());
     m_eDataType = static_cast<EDataType>(eType);
     m_nWidth = nWidth;
     m_nHeight = nHeight;
@@ -249,7 +248,6 @@ void ClImage::Attach(void* pData, unsigned char eType, int nWidth, int nHeight, 
     m_nXRes = nXRes;
     m_nYRes = nYRes;
     ContentFromPlanes(nPlanes);
-    ResetBlock(static_cast<unsigned char*>(pData), void_deleter());
     BlackWhiteFromType(eType);
 }
 
@@ -268,17 +266,10 @@ bool ClImage::Attach(const ClBitmap& cBitmap)
     }
     switch (cHeader.biBitCount)
     {
-    case 8:
-        m_nPlanes = 1;
-        break;
-    case 24:
-        m_nPlanes = 3;
-        break;
-    case 32:
-        m_nPlanes = 4;
-        break;
-    default:
-        throw ClException("bitmap bit depth not supported\n", FPC_ERROR_BITMAP_BITCOUNT, true, szModule, __LINE__);
+    case 8: m_nPlanes = 1; break;
+    case 24: m_nPlanes = 3; break;
+    case 32: m_nPlanes = 4; break;
+    default: throw ClException("bitmap bit depth not supported\n", FPC_ERROR_BITMAP_BITCOUNT, true, szModule, __LINE__);
     }
     m_eDataType = eUInt8;
     m_nHeight = cHeader.biHeight;
@@ -379,6 +370,13 @@ void ClImage::Swap(ClImage& cOther)
 
 void ClImage::GetPlane(int nPlane, ClImage& cOut) const
 {
+    if (&cOut == this)
+    {
+        ClImage cSource;
+        cSource.Attach(*this); // keeps the pixels while the image is made anew
+        cSource.GetPlane(nPlane, cOut);
+        return;
+    }
     DispatchSampleType(m_eDataType, 0,
                        [&](auto cTag)
                        {

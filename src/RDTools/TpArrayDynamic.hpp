@@ -57,14 +57,19 @@ public:
         return AddEnlarging(value);
     }
 
-    /// Removes the entry by shifting the later entries down one place, by assignment; the storage stays.
+    /// Removes the entry by shifting the later entries down one place, by assignment; the storage stays. No
+    /// effect for an index beyond the end.
     void RemoveAt(unsigned long nIndex)
     {
-        for (unsigned long i = nIndex + 1; i < m_nUsed; ++i)
+        if (nIndex >= m_nUsed)
         {
-            this->m_pData[i - 1] = this->m_pData[i];
+            return;
         }
         --m_nUsed;
+        for (unsigned long i = nIndex; i < m_nUsed; ++i)
+        {
+            this->m_pData[i] = this->m_pData[i + 1];
+        }
     }
 
     unsigned long m_nUsed = 0; ///< elements in use, at most the capacity
