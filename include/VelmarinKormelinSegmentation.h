@@ -384,13 +384,13 @@ KS_API long KSSetPropertyDoubleA(void* handle, const char* szName, double dValue
    FPC_ERROR_TEMPLATE_SIZE (-21)    nSize is too small for the colour table or the pixels
    FPC_ERROR_BITMAP_BITCOUNT (-12)  plain pixels of 1, 4 or 16 bits
    FPC_ERROR_BITMAP_PLANE (-11)     pixels of 24 or 32 bits, or compressed ones
-   FPC_ERROR_TEMPLATE_SIZE (-21)    the block ends before the pixels. Up to here the last run's results stay
+   FPC_ERROR_TEMPLATE_SIZE (-21)    the block ends before the pixels
+   Up to here the results of the last run stay. A later failure leaves no segments, and "Count" as it was.
    In mode 0:
    FPC_ERROR_BITMAP_PELS (-13)          a resolution below 3900 pels per metre
    FPC_ERROR_BITMAP_NO_FINGER (-15)     all pixels are alike
    FPC_ERROR_BITMAP_DIMENSION (-14)     width or height below 160
-   FPC_ERROR_PARAM_OUT_OF_RANGE (-35)   more than two fingers: there are no segments, but "Count" tells how many fingers
-                                        there are
+   FPC_ERROR_PARAM_OUT_OF_RANGE (-35)   more than two fingers; "Count" tells how many there are
    In mode 1:
    FPC_ERROR_PARAM_INVALID (-44)        no pixel is darker than 255
    FPC_ERROR_PARAM_OUT_OF_RANGE (-35)   the biggest object has a single row or column

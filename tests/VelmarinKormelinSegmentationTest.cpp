@@ -1,0 +1,664 @@
+#include "VelmarinKormelinSegmentation.h"
+
+#include "KormelinSegmentHandle.hpp"
+#include "KormelinSegmentation.hpp"
+#include "KormelinSegmentationHandle.hpp"
+#include "SlapPicture.hpp"
+#include "TestTools.hpp"
+
+#include <climits>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace
+{
+using Block = std::vector<unsigned char>;
+
+const tagBITMAPINFOHEADER* Header(const Block& aBlock)
+{
+    return reinterpret_cast<const tagBITMAPINFOHEADER*>(aBlock.data());
+}
+
+long Segment(void* hSegmentation, const Block& aBlock)
+{
+    return KSSegmentBitmap(hSegmentation, Header(aBlock), aBlock.size());
+}
+
+/// A white picture of 40 by 50 pixels with a dark rectangle: left 6, bottom 11, width 9, height 19.
+Block OneObject()
+{
+    Block aBlock = PackedBitmap(40, 50, 8);
+    std::memset(aBlock.data() + 1064, 255, aBlock.size() - 1064);
+    for (std::size_t y = 11; y <= 30; ++y)
+    {
+        std::memset(aBlock.data() + 1064 + 40 * y + 6, static_cast<int>(y), 10);
+    }
+    return aBlock;
+}
+
+Block TwoFingers()
+{
+    return ClSlapPicture(SlapScenes::TwoFingers(3937)).Block();
+}
+
+/// The segments of the last run: rectangle and bitmap of each, as an application gets them.
+struct ClSegments
+{
+    std::vector<std::vector<long>> m_aRectangles;
+    std::vector<Block> m_aBitmaps;
+
+    bool operator==(const ClSegments& cOther) const
+    {
+        return m_aRectangles == cOther.m_aRectangles && m_aBitmaps == cOther.m_aBitmaps;
+    }
+};
+
+ClSegments SegmentsOf(void* hSegmentation)
+{
+    ClSegments cSegments;
+    void* hSegment = nullptr;
+    long nCount = 0;
+    EXPECT_EQ(0, KSGetPropertyLongA(hSegmentation, "Count", &nCount));
+    EXPECT_EQ(0, KSCreateSegmentHandle(&hSegment));
+    for (int i = 0; i < nCount; ++i)
+    {
+        EXPECT_EQ(0, KSGetSegment(hSegmentation, i, hSegment));
+        std::vector<long> anRectangle;
+        for (const char* szName : {"x", "y", "Width", "Height"})
+        {
+            long nValue = -77;
+            EXPECT_EQ(0, KSGetPropertyLongA(hSegment, szName, &nValue));
+            anRectangle.push_back(nValue);
+        }
+        cSegments.m_aRectangles.push_back(anRectangle);
+        unsigned long nSize = 0;
+        EXPECT_EQ(-21, KSGetBitmap(hSegment, nullptr, &nSize));
+        Block aBitmap(nSize);
+        EXPECT_EQ(0, KSGetBitmap(hSegment, reinterpret_cast<tagBITMAPINFOHEADER*>(aBitmap.data()), &nSize));
+        cSegments.m_aBitmaps.push_back(aBitmap);
+    }
+    EXPECT_EQ(0, KSDestroyHandle(&hSegment));
+    return cSegments;
+}
+
+/// An initialised library with a handle of each kind.
+class VelmarinKormelinSegmentation : public testing::Test
+{
+protected:
+    VelmarinKormelinSegmentation()
+    {
+        EXPECT_EQ(0, KSInitialize(nullptr));
+        EXPECT_EQ(0, KSCreateSegmentationHandle(&m_hSegmentation));
+        EXPECT_EQ(0, KSCreateSegmentHandle(&m_hSegment));
+    }
+    ~VelmarinKormelinSegmentation() override
+    {
+        for (void** phHandle : {&m_hSegmentation, &m_hSegment})
+        {
+            const long nExpected = *phHandle != nullptr ? 0 : -42;
+            EXPECT_EQ(nExpected, KSDestroyHandle(phHandle));
+        }
+        while (KSUninitialize() == FPC_SUCCESS)
+        {
+        }
+    }
+
+    void SetLong(const char* szName, long nValue) { EXPECT_EQ(0, KSSetPropertyLongA(m_hSegmentation, szName, nValue)); }
+    static long Long(void* handle, const char* szName)
+    {
+        long nValue = -77;
+        EXPECT_EQ(0, KSGetPropertyLongA(handle, szName, &nValue)) << szName;
+        return nValue;
+    }
+
+    void* m_hSegmentation = nullptr;
+    void* m_hSegment = nullptr;
+};
+
+/// What a call writes while the log is on, without the time: "[Level] - message" lines.
+template <class Call> std::string Logged(int nLevel, Call&& call)
+{
+    auto& cSwitch = ClKormelinSegmentation::m_oFallbackLogger;
+    auto& cConsole = TpLogging<TpLoggingConsole<ClLoggingNone>>::m_oFallbackLogger;
+    const bool bEnabled = cSwitch.m_bEnabled;
+    const int nLevelBefore = cConsole.m_nLevel;
+    cSwitch.m_bEnabled = true;
+    cConsole.m_nLevel = nLevel;
+    testing::internal::CaptureStdout();
+    call();
+    std::string sLeft = testing::internal::GetCapturedStdout();
+    cSwitch.m_bEnabled = bEnabled;
+    cConsole.m_nLevel = nLevelBefore;
+    std::string sLines;
+    for (std::size_t nEnd; (nEnd = sLeft.find('\n')) != std::string::npos; sLeft.erase(0, nEnd + 1))
+    {
+        const std::size_t nBegin = sLeft.find('[');
+        sLines += sLeft.substr(nBegin, nEnd + 1 - nBegin);
+    }
+    return sLines + sLeft;
+}
+
+std::string Format(const char* szFormat, ...) __attribute__((format(printf, 1, 2)));
+std::string Format(const char* szFormat, ...)
+{
+    char szText[512];
+    va_list args;
+    va_start(args, szFormat);
+    std::vsnprintf(szText, sizeof szText, szFormat, args);
+    va_end(args);
+    return szText;
+}
+
+std::string Success(const std::string& sHead)
+{
+    return "[Debug] - " + sHead + " Enter\n[Debug] - " + sHead + " Leave\n";
+}
+
+std::string Failure(const std::string& sHead, int nCode, const char* szText)
+{
+    return "[Debug] - " + sHead + " Enter\n[Error] - " + sHead + Format(" Error(%d): %s\n", nCode, szText);
+}
+} // namespace
+
+// ---- the library as a whole
+
+TEST(Library, DescribesEveryCodeOfTheCatalogueAndNoOther)
+{
+#define CATALOGUE_CODE(name, code, text) code,
+    const long anCodes[] = {FPC_ERROR_CATALOGUE(CATALOGUE_CODE)};
+#undef CATALOGUE_CODE
+    for (const long nCode : anCodes)
+    {
+        EXPECT_STRNE("Unknown error code.", KSGetErrorDescriptionA(nCode)) << nCode;
+    }
+    EXPECT_STREQ("No errors occurred.", KSGetErrorDescriptionA(0));
+    EXPECT_STREQ("The handle parameter is set to NULL.", KSGetErrorDescriptionA(-42));
+    EXPECT_STREQ("The input is corrupt can be a memoryblock or a file.", KSGetErrorDescriptionA(-38));
+    for (const long nUnknown : {1L, -3L, -401L, -436L, LONG_MAX, LONG_MIN, 2147483647L})
+    {
+        EXPECT_STREQ("Unknown error code.", KSGetErrorDescriptionA(nUnknown)) << nUnknown;
+    }
+}
+
+TEST(Library, CountsItsInitialisations)
+{
+    EXPECT_EQ(-2, KSUninitialize());
+    EXPECT_EQ(0, KSInitialize(nullptr));
+    EXPECT_EQ(0, KSInitialize("ignored"));
+    EXPECT_EQ(0, KSUninitialize());
+    EXPECT_EQ(0, KSUninitialize());
+    EXPECT_EQ(-2, KSUninitialize());
+    EXPECT_EQ(0, KSInitialize(nullptr)); // and again from the beginning
+    EXPECT_EQ(0, KSUninitialize());
+}
+
+TEST(Library, GivesItsVersionWithoutInitialisation)
+{
+    unsigned long nSize = 0;
+    EXPECT_EQ(-21, KSGetVersionA(nullptr, &nSize));
+    EXPECT_EQ(11u, nSize);
+    EXPECT_EQ(0, KSGetVersionA(nullptr, &nSize));
+    EXPECT_EQ(11u, nSize);
+    const ClGuardedBytes cBuffer(11);
+    char* szVersion = reinterpret_cast<char*>(cBuffer.Data());
+    EXPECT_EQ(0, KSGetVersionA(szVersion, &nSize));
+    EXPECT_STREQ(KS_VERSION_TEXT, szVersion);
+
+    char acShort[10];
+    std::memset(acShort, 'z', sizeof acShort);
+    nSize = sizeof acShort;
+    EXPECT_EQ(-21, KSGetVersionA(acShort, &nSize));
+    EXPECT_EQ(11u, nSize);
+    EXPECT_EQ(0, std::memcmp("zzzzzzzzzz", acShort, sizeof acShort));
+    EXPECT_EQ(-24, KSGetVersionA(acShort, nullptr));
+    EXPECT_EQ(-24, KSGetVersionA(nullptr, nullptr));
+}
+
+TEST(Library, MakesHandlesOnlyWhileItIsInitialised)
+{
+    int nAny = 0;
+    void* hHandle = &nAny;
+    EXPECT_EQ(-2, KSCreateSegmentationHandle(&hHandle));
+    EXPECT_EQ(-2, KSCreateSegmentHandle(&hHandle));
+    EXPECT_EQ(-2, KSCreateSegmentHandle(nullptr)); // tested before the pointer
+    EXPECT_EQ(&nAny, hHandle);
+    ASSERT_EQ(0, KSInitialize(nullptr));
+    EXPECT_EQ(-701, KSCreateSegmentationHandle(nullptr));
+    EXPECT_EQ(-701, KSCreateSegmentHandle(nullptr));
+    EXPECT_EQ(0, KSCreateSegmentHandle(&hHandle));
+    EXPECT_EQ(0, KSUninitialize());
+
+    void* hLate = nullptr;
+    EXPECT_EQ(-2, KSCreateSegmentHandle(&hLate));
+    EXPECT_EQ(-2, KSCreateSegmentationHandle(&hLate));
+    EXPECT_EQ(nullptr, hLate);
+    long nValue = -77;
+    EXPECT_EQ(0, KSGetPropertyLongA(hHandle, "x", &nValue)); // made in time
+    EXPECT_EQ(0, nValue);
+    EXPECT_EQ(0, KSDestroyHandle(&hHandle));
+    EXPECT_EQ(nullptr, hHandle);
+}
+
+// ---- handles
+
+TEST_F(VelmarinKormelinSegmentation, DestroyClearsTheCallersVariable)
+{
+    EXPECT_EQ(-44, KSDestroyHandle(nullptr));
+    void* hNull = nullptr;
+    EXPECT_EQ(-42, KSDestroyHandle(&hNull));
+    for (void** phHandle : {&m_hSegmentation, &m_hSegment})
+    {
+        EXPECT_EQ(0, KSDestroyHandle(phHandle));
+        EXPECT_EQ(nullptr, *phHandle);
+        EXPECT_EQ(-42, KSDestroyHandle(phHandle));
+    }
+    char acNoHandle[24] = {};
+    void* hNoHandle = acNoHandle;
+    EXPECT_EQ(-43, KSDestroyHandle(&hNoHandle));
+    EXPECT_EQ(acNoHandle, hNoHandle);
+}
+
+TEST_F(VelmarinKormelinSegmentation, EveryFunctionChecksItsHandle)
+{
+    char acNoHandle[24] = "KS"; // one stamp is not enough
+    long nValue = 0;
+    double dValue = 0.0;
+    unsigned long nSize = 0;
+    for (const auto& [handle, nCode] : {std::pair<void*, long>(nullptr, -42), std::pair<void*, long>(acNoHandle, -43)})
+    {
+        EXPECT_EQ(nCode, KSGetPropertyA(handle, nullptr, nullptr, nullptr));
+        EXPECT_EQ(nCode, KSSetPropertyA(handle, nullptr, nullptr));
+        EXPECT_EQ(nCode, KSGetPropertyLongA(handle, "Count", &nValue));
+        EXPECT_EQ(nCode, KSSetPropertyLongA(handle, "Count", 1));
+        EXPECT_EQ(nCode, KSGetPropertyDoubleA(handle, "Count", &dValue));
+        EXPECT_EQ(nCode, KSSetPropertyDoubleA(handle, "Count", 1.0));
+        EXPECT_EQ(nCode, KSSegmentBitmap(handle, nullptr, 0));
+        EXPECT_EQ(nCode, KSGetSegment(handle, 0, nullptr));
+        EXPECT_EQ(nCode, KSGetSegment(m_hSegmentation, 0, handle));
+        EXPECT_EQ(nCode, KSGetBitmap(handle, nullptr, nullptr));
+        EXPECT_EQ(nCode, KSGetBitmap(handle, nullptr, &nSize));
+    }
+}
+
+TEST_F(VelmarinKormelinSegmentation, DamagedStampsAreNoticed)
+{
+    for (const std::size_t nOffset : {0u, 16u})
+    {
+        char& cByte = static_cast<char*>(m_hSegmentation)[nOffset];
+        const char cBefore = cByte;
+        cByte = 'X';
+        long nValue = 0;
+        EXPECT_EQ(-43, KSGetPropertyLongA(m_hSegmentation, "Count", &nValue));
+        EXPECT_EQ(-43, KSSegmentBitmap(m_hSegmentation, nullptr, 0));
+        EXPECT_EQ(-43, KSDestroyHandle(&m_hSegmentation));
+        cByte = cBefore;
+    }
+    EXPECT_EQ(0, Long(m_hSegmentation, "Count"));
+}
+
+TEST_F(VelmarinKormelinSegmentation, TypedFunctionsRefuseTheOtherKind)
+{
+    unsigned long nSize = 0;
+    EXPECT_EQ(-43, KSSegmentBitmap(m_hSegment, Header(OneObject()), 0));
+    EXPECT_EQ(-43, KSGetSegment(m_hSegment, 0, m_hSegment));
+    EXPECT_EQ(-43, KSGetSegment(m_hSegment, 0, m_hSegmentation));
+    EXPECT_EQ(-43, KSGetSegment(m_hSegmentation, 0, m_hSegmentation));
+    EXPECT_EQ(-43, KSGetBitmap(m_hSegmentation, nullptr, &nSize));
+    EXPECT_EQ(0, Long(m_hSegmentation, "Count")); // the property functions take both
+    EXPECT_EQ(0, Long(m_hSegment, "x"));
+}
+
+// ---- properties
+
+TEST_F(VelmarinKormelinSegmentation, PropertiesTestNameThenTypeThenAccess)
+{
+    char szText[16];
+    unsigned long nSize = sizeof szText;
+    long nValue = 0;
+    double dValue = 0.0;
+    for (const auto& [szName, nCode] : {std::pair<const char*, long>(nullptr, -44), {"Nothing", -206}})
+    {
+        for (void* handle : {m_hSegmentation, m_hSegment})
+        {
+            EXPECT_EQ(nCode, KSGetPropertyA(handle, szName, szText, &nSize));
+            EXPECT_EQ(nCode, KSGetPropertyA(handle, szName, szText, nullptr));
+            EXPECT_EQ(nCode, KSSetPropertyA(handle, szName, "1"));
+            EXPECT_EQ(nCode, KSGetPropertyLongA(handle, szName, &nValue));
+            EXPECT_EQ(nCode, KSSetPropertyLongA(handle, szName, 1));
+            EXPECT_EQ(nCode, KSGetPropertyDoubleA(handle, szName, &dValue));
+            EXPECT_EQ(nCode, KSSetPropertyDoubleA(handle, szName, 1.0));
+        }
+    }
+    EXPECT_EQ(-44, KSGetPropertyLongA(m_hSegmentation, "Version", &nValue));
+    EXPECT_EQ(-44, KSSetPropertyLongA(m_hSegmentation, "Version", 1));
+    EXPECT_EQ(-44, KSGetPropertyDoubleA(m_hSegmentation, "Count", &dValue));
+    EXPECT_EQ(-44, KSSetPropertyDoubleA(m_hSegmentation, "SegmentationMode", 1.0));
+    EXPECT_EQ(-44, KSSetPropertyDoubleA(m_hSegment, "x", 1.0));
+    EXPECT_EQ(-47, KSSetPropertyLongA(m_hSegmentation, "Count", 1));
+    EXPECT_EQ(-47, KSSetPropertyLongA(m_hSegment, "FingerPosition", 1));
+    EXPECT_EQ(-47, KSSetPropertyA(m_hSegmentation, "Version", "1"));
+    EXPECT_EQ(-35, KSSetPropertyLongA(m_hSegmentation, "SegmentationMode", 2));
+    EXPECT_EQ(-35, KSSetPropertyA(m_hSegmentation, "CoordinateOrigin", "-1"));
+    EXPECT_EQ(-44, KSSetPropertyA(m_hSegmentation, "CoordinateOrigin", "one"));
+    EXPECT_EQ(-44, KSSetPropertyA(m_hSegmentation, "CoordinateOrigin", nullptr));
+    EXPECT_EQ(0, Long(m_hSegmentation, "SegmentationMode"));
+    EXPECT_EQ(0, Long(m_hSegmentation, "CoordinateOrigin"));
+}
+
+TEST_F(VelmarinKormelinSegmentation, PropertiesAreReadAndWritten)
+{
+    EXPECT_EQ(0, KSSetPropertyLongA(m_hSegmentation, "segmentationmode", 1));
+    EXPECT_EQ(1, Long(m_hSegmentation, "SegmentationMode"));
+    EXPECT_EQ(0, KSSetPropertyA(m_hSegmentation, "CoordinateOrigin", "0x1"));
+    EXPECT_EQ(1, Long(m_hSegmentation, "CoordinateOrigin"));
+    for (void* handle : {m_hSegmentation, m_hSegment})
+    {
+        char szText[16] = "before";
+        unsigned long nSize = sizeof szText;
+        EXPECT_EQ(0, KSGetPropertyA(handle, "Version", szText, &nSize));
+        EXPECT_STREQ("1.1.1407.3", szText);
+        EXPECT_EQ(11u, nSize);
+    }
+    char szText[2] = {'z', 'z'};
+    unsigned long nSize = 2;
+    EXPECT_EQ(0, KSGetPropertyA(m_hSegmentation, "SegmentationMode", szText, &nSize));
+    EXPECT_STREQ("1", szText);
+    EXPECT_EQ(2u, nSize);
+    EXPECT_EQ(-24, KSGetPropertyA(m_hSegmentation, "SegmentationMode", szText, nullptr));
+    nSize = 1;
+    EXPECT_EQ(-21, KSGetPropertyA(m_hSegmentation, "SegmentationMode", szText, &nSize));
+    EXPECT_EQ(2u, nSize);
+    EXPECT_EQ('1', szText[0]);
+    nSize = 2;
+    EXPECT_EQ(-21, KSGetPropertyA(m_hSegmentation, "Version", szText, &nSize));
+    EXPECT_EQ(11u, nSize);
+    EXPECT_EQ('\0', szText[0]);
+}
+
+// ---- segmentation
+
+TEST_F(VelmarinKormelinSegmentation, CutsTheBiggestObject)
+{
+    SetLong("SegmentationMode", 1);
+    ASSERT_EQ(0, Segment(m_hSegmentation, OneObject()));
+    EXPECT_EQ(1, Long(m_hSegmentation, "Count"));
+    ClSegments cSegments = SegmentsOf(m_hSegmentation);
+    ASSERT_EQ(1u, cSegments.m_aRectangles.size());
+    EXPECT_EQ((std::vector<long>{6, 11, 9, 19}), cSegments.m_aRectangles[0]);
+    ASSERT_EQ(1064u + 12u * 19u, cSegments.m_aBitmaps[0].size());
+    for (std::size_t y = 0; y < 19; ++y)
+    {
+        for (std::size_t x = 0; x < 9; ++x)
+        {
+            ASSERT_EQ(y + 11, cSegments.m_aBitmaps[0][1064 + 12 * y + x]);
+        }
+    }
+    SetLong("CoordinateOrigin", 1);
+    EXPECT_EQ((std::vector<long>{6, 50 - 30, 9, 19}), SegmentsOf(m_hSegmentation).m_aRectangles[0]);
+    EXPECT_EQ(-35, KSGetSegment(m_hSegmentation, 1, m_hSegment));
+    EXPECT_EQ(-35, KSGetSegment(m_hSegmentation, -1, m_hSegment));
+}
+
+TEST_F(VelmarinKormelinSegmentation, CutsTwoFingers)
+{
+    const ClSlapPicture cPicture(SlapScenes::TwoFingers(19685));
+    ASSERT_EQ(0, Segment(m_hSegmentation, cPicture.Block()));
+    EXPECT_EQ(2, Long(m_hSegmentation, "Count"));
+    const ClSegments cSegments = SegmentsOf(m_hSegmentation);
+    ASSERT_EQ(2u, cSegments.m_aRectangles.size());
+    for (std::size_t i = 0; i < 2; ++i) // each rectangle holds the middle of its finger
+    {
+        const std::vector<long>& anFound = cSegments.m_aRectangles[i];
+        const ClSlapRect& cTrue = cPicture.m_aFingers[i];
+        const long nX = (cTrue.left + cTrue.right) / 2;
+        const long nY = (cTrue.bottom + cTrue.top) / 2;
+        EXPECT_TRUE(anFound[0] <= nX && nX < anFound[0] + anFound[2]) << i;
+        EXPECT_TRUE(anFound[1] <= nY && nY < anFound[1] + anFound[3]) << i;
+    }
+    ASSERT_EQ(0, KSGetSegment(m_hSegmentation, 1, m_hSegment));
+    EXPECT_EQ(0, Long(m_hSegment, "FingerPosition"));
+}
+
+TEST_F(VelmarinKormelinSegmentation, SegmentsComeInAnyOrderAndReplaceOneAnother)
+{
+    ASSERT_EQ(0, Segment(m_hSegmentation, TwoFingers()));
+    const ClSegments cSegments = SegmentsOf(m_hSegmentation);
+    ASSERT_EQ(2u, cSegments.m_aBitmaps.size());
+    EXPECT_NE(cSegments.m_aRectangles[0], cSegments.m_aRectangles[1]);
+    for (const int nIndex : {1, 0, 0, 1})
+    {
+        ASSERT_EQ(0, KSGetSegment(m_hSegmentation, nIndex, m_hSegment));
+        unsigned long nSize = ULONG_MAX;
+        EXPECT_EQ(0, KSGetBitmap(m_hSegment, nullptr, &nSize));
+        const Block& aExpected = cSegments.m_aBitmaps[static_cast<std::size_t>(nIndex)];
+        ASSERT_EQ(aExpected.size(), nSize);
+        const ClGuardedBytes cBuffer(nSize);
+        EXPECT_EQ(0, KSGetBitmap(m_hSegment, reinterpret_cast<tagBITMAPINFOHEADER*>(cBuffer.Data()), &nSize));
+        EXPECT_EQ(0, std::memcmp(aExpected.data(), cBuffer.Data(), nSize));
+    }
+}
+
+TEST_F(VelmarinKormelinSegmentation, HandleStaysUsableAfterEveryFailure)
+{
+    Block aUniform = OneObject();
+    std::memset(aUniform.data() + 1064, 200, aUniform.size() - 1064);
+    Block aCoarse = OneObject();
+    PutLong(aCoarse.data(), 24, 3899);
+    const Block aGood = TwoFingers();
+    ASSERT_EQ(0, Segment(m_hSegmentation, aGood));
+    const ClSegments cExpected = SegmentsOf(m_hSegmentation);
+
+    const std::pair<Block, long> aFailures[] = {{PackedBitmap(20, 20, 24), -11},
+                                                {PackedBitmap(20, 20, 1), -12},
+                                                {Block(aGood.begin(), aGood.begin() + 1064), -21},
+                                                {Block(aGood.begin(), aGood.begin() + 30), -21},
+                                                {aCoarse, -13},
+                                                {aUniform, -15},
+                                                {OneObject(), -14},
+                                                {ClSlapPicture(SlapScenes::ThreeFingers(3937)).Block(), -35}};
+    for (const auto& [aBlock, nCode] : aFailures)
+    {
+        EXPECT_EQ(nCode, Segment(m_hSegmentation, aBlock));
+        EXPECT_EQ(-10, KSSegmentBitmap(m_hSegmentation, nullptr, 0));
+        ASSERT_EQ(0, Segment(m_hSegmentation, aGood)) << "after " << nCode;
+        EXPECT_TRUE(cExpected == SegmentsOf(m_hSegmentation)) << "after " << nCode;
+    }
+}
+
+TEST_F(VelmarinKormelinSegmentation, RunsLeaveNoTraceInOneAnother)
+{
+    const Block aFingers = TwoFingers();
+    ASSERT_EQ(0, Segment(m_hSegmentation, aFingers));
+    const ClSegments cFingers = SegmentsOf(m_hSegmentation);
+    SetLong("SegmentationMode", 1);
+    ASSERT_EQ(0, Segment(m_hSegmentation, OneObject()));
+    const ClSegments cObject = SegmentsOf(m_hSegmentation);
+    EXPECT_EQ(1u, cObject.m_aBitmaps.size());
+    SetLong("SegmentationMode", 0);
+    ASSERT_EQ(0, Segment(m_hSegmentation, aFingers));
+    EXPECT_TRUE(cFingers == SegmentsOf(m_hSegmentation));
+    SetLong("SegmentationMode", 1);
+    ASSERT_EQ(0, Segment(m_hSegmentation, OneObject()));
+    EXPECT_TRUE(cObject == SegmentsOf(m_hSegmentation));
+}
+
+TEST_F(VelmarinKormelinSegmentation, ASegmentOutlivesEverythingElse)
+{
+    SetLong("SegmentationMode", 1);
+    ASSERT_EQ(0, Segment(m_hSegmentation, OneObject()));
+    ASSERT_EQ(0, KSGetSegment(m_hSegmentation, 0, m_hSegment));
+    const ClSegments cSegments = SegmentsOf(m_hSegmentation);
+    ASSERT_EQ(0, KSDestroyHandle(&m_hSegmentation));
+    ASSERT_EQ(0, KSUninitialize());
+    EXPECT_EQ(6, Long(m_hSegment, "x"));
+    unsigned long nSize = ULONG_MAX;
+    EXPECT_EQ(0, KSGetBitmap(m_hSegment, nullptr, &nSize));
+    Block aBitmap(nSize);
+    EXPECT_EQ(0, KSGetBitmap(m_hSegment, reinterpret_cast<tagBITMAPINFOHEADER*>(aBitmap.data()), &nSize));
+    EXPECT_EQ(cSegments.m_aBitmaps[0], aBitmap);
+}
+
+TEST_F(VelmarinKormelinSegmentation, EmptySegmentHandleHasNoBitmap)
+{
+    unsigned long nSize = 77;
+    EXPECT_EQ(-37, KSGetBitmap(m_hSegment, nullptr, nullptr));
+    EXPECT_EQ(-51, KSGetBitmap(m_hSegment, nullptr, &nSize));
+    EXPECT_EQ(-35, KSGetSegment(m_hSegmentation, 0, m_hSegment));
+    EXPECT_EQ(-51, KSGetBitmap(m_hSegment, nullptr, &nSize));
+    EXPECT_EQ(77u, nSize);
+}
+
+// ---- log lines
+
+TEST(LibraryLog, InitialisationLines)
+{
+    EXPECT_EQ(Failure("KSUninitialize(void)", -2, "Prior initialization is necessary."),
+              Logged(7, [] { KSUninitialize(); }));
+    const char* szText = "text";
+    EXPECT_EQ(Success(Format("KSInitialize(%p)", static_cast<const void*>(szText))),
+              Logged(7, [&] { KSInitialize(szText); }));
+    EXPECT_EQ(Success("KSUninitialize(void)"), Logged(7, [] { KSUninitialize(); }));
+    EXPECT_EQ("", Logged(7, [] { KSGetErrorDescriptionA(-2); }));
+}
+
+TEST(LibraryLog, LevelThreeShowsErrorsOnly)
+{
+    EXPECT_EQ("[Error] - KSUninitialize(void) Error(-2): Prior initialization is necessary.\n",
+              Logged(3, [] { KSUninitialize(); }));
+    EXPECT_EQ("", Logged(3, [] { KSInitialize(nullptr); }));
+    EXPECT_EQ("", Logged(3, [] { KSUninitialize(); }));
+    EXPECT_EQ("", Logged(2, [] { KSUninitialize(); }));
+}
+
+TEST(LibraryLog, VersionLines)
+{
+    char szVersion[11];
+    unsigned long nSize = 0;
+    const std::string sHead =
+        Format("KSGetVersionA(%p, %p)", static_cast<void*>(szVersion), static_cast<void*>(&nSize));
+    EXPECT_EQ(Failure(sHead, -21, "The size of the finger template is not valid."),
+              Logged(7, [&] { KSGetVersionA(szVersion, &nSize); }));
+    EXPECT_EQ(Success(sHead), Logged(7, [&] { KSGetVersionA(szVersion, &nSize); }));
+}
+
+TEST_F(VelmarinKormelinSegmentation, LogLinesOfCreateAndDestroy)
+{
+    void* hHandle = nullptr;
+    void* const pAddress = &hHandle;
+    EXPECT_EQ(Success(Format("KSCreateSegmentationHandle(%p)", pAddress)),
+              Logged(7, [&] { KSCreateSegmentationHandle(&hHandle); }));
+    EXPECT_EQ(Success(Format("KSDestroyHandle(%p)", pAddress)), Logged(7, [&] { KSDestroyHandle(&hHandle); }));
+    EXPECT_EQ(Failure(Format("KSDestroyHandle(%p)", pAddress), -42, "The handle parameter is set to NULL."),
+              Logged(7, [&] { KSDestroyHandle(&hHandle); }));
+    EXPECT_EQ(Success(Format("KSCreateSegmentHandle(%p)", pAddress)),
+              Logged(7, [&] { KSCreateSegmentHandle(&hHandle); }));
+    EXPECT_EQ(Failure("KSCreateSegmentHandle((nil))", -701, "The pointer is bad or invalid."),
+              Logged(7, [&] { KSCreateSegmentHandle(nullptr); }));
+    KSDestroyHandle(&hHandle);
+}
+
+TEST_F(VelmarinKormelinSegmentation, LogLinesOfTextProperties)
+{
+    const char* szName = "SegmentationMode";
+    const void* pName = szName;
+    char szText[8] = "1";
+    void* const pText = szText;
+    unsigned long nSize = sizeof szText;
+    void* const pSize = &nSize;
+    EXPECT_EQ(Success(Format("KSSetPropertyA(%p, %p, %p)", m_hSegmentation, pName, pText)),
+              Logged(7, [&] { KSSetPropertyA(m_hSegmentation, szName, szText); }));
+    const std::string sHead = Format("KSGetPropertyA(%p, %p, %p, %p)", m_hSegmentation, pName, pText, pSize);
+    EXPECT_EQ(Success(sHead), Logged(7, [&] { KSGetPropertyA(m_hSegmentation, szName, szText, &nSize); }));
+    nSize = 0;
+    EXPECT_EQ(Failure(sHead, -21, "The size of the finger template is not valid."),
+              Logged(7, [&] { KSGetPropertyA(m_hSegmentation, szName, szText, &nSize); }));
+    EXPECT_EQ(Failure("KSSetPropertyA((nil), (nil), (nil))", -42, "The handle parameter is set to NULL."),
+              Logged(7, [] { KSSetPropertyA(nullptr, nullptr, nullptr); }));
+}
+
+TEST_F(VelmarinKormelinSegmentation, LogLinesOfNumbers)
+{
+    const char* szName = "SegmentationMode";
+    const void* pName = szName;
+    long nValue = 0;
+    double dValue = 0.0;
+    void* const pnValue = &nValue;
+    void* const pdValue = &dValue;
+    EXPECT_EQ(Success(Format("KSGetPropertyLongA(%p, %p, %p)", m_hSegmentation, pName, pnValue)),
+              Logged(7, [&] { KSGetPropertyLongA(m_hSegmentation, szName, &nValue); }));
+    EXPECT_EQ(Success(Format("KSSetPropertyLongA(%p, %p, 1)", m_hSegmentation, pName)),
+              Logged(7, [&] { KSSetPropertyLongA(m_hSegmentation, szName, 1); }));
+    EXPECT_EQ(Failure(Format("KSSetPropertyLongA(%p, %p, -9223372036854775808)", m_hSegmentation, pName), -35,
+                      "One of the parameters is out of range."),
+              Logged(7, [&] { KSSetPropertyLongA(m_hSegmentation, szName, LONG_MIN); }));
+    EXPECT_EQ(Failure(Format("KSGetPropertyDoubleA(%p, %p, %p)", m_hSegmentation, pName, pdValue), -44,
+                      "One(or more) parameter(s) is(are) invalid."),
+              Logged(7, [&] { KSGetPropertyDoubleA(m_hSegmentation, szName, &dValue); }));
+    EXPECT_EQ(Failure(Format("KSSetPropertyDoubleA(%p, %p, 1.500000)", m_hSegmentation, pName), -44,
+                      "One(or more) parameter(s) is(are) invalid."),
+              Logged(7, [&] { KSSetPropertyDoubleA(m_hSegmentation, szName, 1.5); }));
+}
+
+TEST_F(VelmarinKormelinSegmentation, LogLinesOfSegmentation)
+{
+    SetLong("SegmentationMode", 1);
+    const Block aBlock = OneObject();
+    const void* pBlock = aBlock.data();
+    EXPECT_EQ(Success(Format("KSSegmentBitmap(%p, %p, %zu)", m_hSegmentation, pBlock, aBlock.size())),
+              Logged(7, [&] { Segment(m_hSegmentation, aBlock); }));
+    EXPECT_EQ(Failure(Format("KSSegmentBitmap(%p, (nil), 18446744073709551615)", m_hSegmentation), -10,
+                      "The input image is not valid."),
+              Logged(7, [&] { KSSegmentBitmap(m_hSegmentation, nullptr, ULONG_MAX); }));
+    // The segment handle as a number, and a fourth value that no argument stands for.
+    const auto nSegment = reinterpret_cast<std::size_t>(m_hSegment);
+    EXPECT_EQ(Success(Format("KSGetSegment(%p, 0, %zu, (nil))", m_hSegmentation, nSegment)),
+              Logged(7, [&] { KSGetSegment(m_hSegmentation, 0, m_hSegment); }));
+    EXPECT_EQ(Failure(Format("KSGetSegment(%p, 1, %zu, (nil))", m_hSegmentation, nSegment), -35,
+                      "One of the parameters is out of range."),
+              Logged(7, [&] { KSGetSegment(m_hSegmentation, 1, m_hSegment); }));
+    unsigned long nSize = ULONG_MAX;
+    void* const pSize = &nSize;
+    EXPECT_EQ(Success(Format("KSGetBitmap(%p, (nil), %p)", m_hSegment, pSize)),
+              Logged(7, [&] { KSGetBitmap(m_hSegment, nullptr, &nSize); }));
+    EXPECT_EQ(
+        Failure(Format("KSGetBitmap(%p, (nil), (nil))", m_hSegment), -37, "One of the required parameter is missing."),
+        Logged(7, [&] { KSGetBitmap(m_hSegment, nullptr, nullptr); }));
+}
+
+// ---- threads
+
+TEST_F(VelmarinKormelinSegmentation, HandlesRunOnThreadsOfTheirOwn)
+{
+    const Block aFingers = TwoFingers();
+    const Block aObject = OneObject();
+    ASSERT_EQ(0, Segment(m_hSegmentation, aFingers));
+    const ClSegments cFingers = SegmentsOf(m_hSegmentation);
+    SetLong("SegmentationMode", 1);
+    ASSERT_EQ(0, Segment(m_hSegmentation, aObject));
+    const ClSegments cObject = SegmentsOf(m_hSegmentation);
+
+    const auto fnWork = [](long nMode, const Block& aBlock, const ClSegments& cExpected)
+    {
+        for (int i = 0; i < 3; ++i)
+        {
+            void* hOwn = nullptr;
+            EXPECT_EQ(0, KSInitialize(nullptr));
+            EXPECT_EQ(0, KSCreateSegmentationHandle(&hOwn));
+            EXPECT_EQ(0, KSSetPropertyLongA(hOwn, "SegmentationMode", nMode));
+            EXPECT_EQ(0, Segment(hOwn, aBlock));
+            EXPECT_TRUE(cExpected == SegmentsOf(hOwn));
+            EXPECT_EQ(0, KSDestroyHandle(&hOwn));
+            EXPECT_EQ(0, KSUninitialize());
+        }
+    };
+    std::thread cFirst([&] { fnWork(0, aFingers, cFingers); });
+    std::thread cSecond([&] { fnWork(0, aFingers, cFingers); }); // the same picture, read by both
+    std::thread cThird([&] { fnWork(1, aObject, cObject); });
+    cFirst.join();
+    cSecond.join();
+    cThird.join();
+}
