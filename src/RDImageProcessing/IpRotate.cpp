@@ -68,6 +68,14 @@ struct StWalk
     std::int64_t nStepY;
 };
 
+/// Puts the background back when the planes are done, also if one of them raised.
+struct StHeldBackground
+{
+    unsigned char& rnBackground;
+    const unsigned char nBackground;
+    ~StHeldBackground() { rnBackground = nBackground; }
+};
+
 void FillNearest(const unsigned char* pSource, std::ptrdiff_t nStride, StWalk c, unsigned char* pOut,
                  std::int64_t nCount)
 {
@@ -194,11 +202,6 @@ long ClIpRotate::Process()
         *m_pOutImage = *m_pInImage;
         return FPC_SUCCESS;
     }
-    if (m_nBackgroundColor != 0 && ClImage::SampleSize(m_pInImage->m_eDataType) != 1)
-    {
-        throw ClException("Image Type is not the assigned type", FPC_ERROR_INTERNAL, true, "RDImageProcessing/IpRotate",
-                          __LINE__);
-    }
     if (m_pInImage->m_nPlanes >= 2)
     {
         ProcessMultiPlane();
@@ -211,6 +214,11 @@ long ClIpRotate::Process()
 void ClIpRotate::TurnPlane()
 {
     const ClImage& cIn = *m_pInImage;
+    if (m_nBackgroundColor != 0 && ClImage::SampleSize(cIn.m_eDataType) != 1)
+    {
+        throw ClException("Image Type is not the assigned type", FPC_ERROR_INTERNAL, true, "RDImageProcessing/IpRotate",
+                          __LINE__);
+    }
     ClImage cTemporary;
     ClImage& cOut = m_pOutImage == m_pInImage ? cTemporary : *m_pOutImage;
     const StOutput cPlan = PlanOutput();
@@ -289,12 +297,14 @@ void ClIpRotate::TurnRows(const ClImage& cIn, ClImage& cOut, const StOutput& cPl
 
 void ClIpRotate::ProcessMultiPlane()
 {
-    const unsigned char nBackground = m_nBackgroundColor;
+    const StHeldBackground cHeld{m_nBackgroundColor, m_nBackgroundColor};
     ProcessPlaneByPlane(*this, m_pInImage, m_pOutImage, nMaxPlanes,
-                        [&](int nPlane)
+                        [this](int nPlane)
                         {
-                            m_nBackgroundColor = m_bPlaneBackground ? m_anPlaneBackground[nPlane] : nBackground;
-                            TurnPlane();
-                            m_nBackgroundColor = nBackground;
+                            if (m_bPlaneBackground)
+                            {
+                                m_nBackgroundColor = m_anPlaneBackground[nPlane];
+                            }
+                            Process();
                         });
 }

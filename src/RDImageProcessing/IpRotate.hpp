@@ -10,8 +10,7 @@
 /// Output  8-bit, the input's sign and resolution. With m_bResizeOutImage large enough for the whole turned picture,
 ///         which is shifted by the whole part of its smallest corner; without, the size of the input. May be the input.
 /// Values  the nearest sample towards the origin, or bilinear, truncated; source positions have 12 fractional bits.
-/// What
-///         has no source is background, and so is the last row and column of the input.
+///         What has no source is background; the last row and column of the input are no source.
 /// Errors  -10 without input or output; ClException -101 for a background other than 0 on samples of more than one
 ///         byte; ClExBadAlloc.
 /// Cost    two additions a pixel: the span of each output row that has a source is found beforehand, by division.
