@@ -1,12 +1,14 @@
 #include "RDImageProcessing/IpRescale.hpp"
 
 #include "RDImageProcessing/PlaneByPlane.hpp"
+#include "RDImageProcessing/SpanMean.hpp"
 #include "RDTools/ParameterContainer.hpp"
 #include "RDTools/SampleCast.hpp"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 namespace
 {
@@ -25,10 +27,11 @@ int ScaledPels(int nNewSize, int nPels, int nSize)
     return CastSample<int>(static_cast<std::int64_t>(nNewSize) * nPels / nSize);
 }
 
-/// Source samples per output sample with 12 fractional bits, by the resolutions; 0 if they do not tell.
+/// Source samples per output sample with 12 fractional bits, by the resolutions; 0 if they do not tell. In 32 bits:
+/// resolutions beyond 524287 pels per metre wrap.
 std::int64_t RatioOfPels(int nPels, int nActPels)
 {
-    return nPels > 0 && nActPels > 0 ? (static_cast<std::int64_t>(nPels) << nFractionBits) / nActPels : 0;
+    return nActPels != 0 ? static_cast<std::int64_t>(WrapMultiply(nPels, nOne)) / nActPels : 0;
 }
 
 std::int64_t RatioOfSizes(int nSize, int nActSize)
@@ -36,33 +39,46 @@ std::int64_t RatioOfSizes(int nSize, int nActSize)
     return (static_cast<std::int64_t>(nSize) << nFractionBits) / nActSize;
 }
 
-/// Means of the spans of nRatio source samples each. Source sample j covers (j - 1) << 12 to j << 12.
-void IntegrateRow(const unsigned char* pIn, int nIn, unsigned char* pOut, int nOut, std::int64_t nRatio)
+/// Means down the columns of nRows rows, which rowOf(j) gives one by one.
+template <class RowOf> void MeanRows(std::int64_t nSpan, int nRows, ClImage& cOut, RowOf&& rowOf)
 {
-    std::int64_t nEnd = nRatio - nOne;
-    std::int64_t nSum = 0;
+    ClColumnSpanMean cMean(nSpan, cOut.m_nWidth);
     int k = 0;
-    int j = 0;
-    for (; j < nIn && k < nOut; ++j)
+    for (int j = 0; j < nRows && k < cOut.m_nHeight; ++j)
     {
-        const std::int64_t nPlace = static_cast<std::int64_t>(j) << nFractionBits;
-        if (nEnd >= nPlace)
-        {
-            nSum += static_cast<std::int64_t>(pIn[j]) << nFractionBits;
-            continue;
-        }
-        // The sample straddles the end of the span: it is shared between two output pixels.
-        pOut[k++] = static_cast<unsigned char>((nSum + (nEnd - nPlace + nOne) * pIn[j]) / nRatio);
-        nSum = (nPlace - nEnd) * pIn[j];
-        nEnd += nRatio;
+        k += cMean.Add(rowOf(j), Row<unsigned char>(cOut, k)) ? 1 : 0;
     }
-    if (k < nOut)
+    if (k < cOut.m_nHeight && cMean.Finish(Row<unsigned char>(cOut, k)))
     {
-        // The source ends within this pixel: the mean over the part that was there. Should the resolutions have
-        // promised less than the size, the rest repeats it.
-        const std::int64_t nPart = nRatio + (static_cast<std::int64_t>(j - 1) << nFractionBits) - nEnd;
-        std::memset(pOut + k, static_cast<int>(nSum / nPart) & 255, static_cast<std::size_t>(nOut - k));
+        ++k;
     }
+    // The resolutions may promise less than the size: the last row stands for what is missing.
+    for (; k < cOut.m_nHeight; ++k)
+    {
+        std::memcpy(Row<unsigned char>(cOut, k), Row<unsigned char>(cOut, k - 1),
+                    static_cast<std::size_t>(cOut.m_nWidth));
+    }
+}
+
+/// Whole factor from one resolution to another: above 0 to repeat samples, below 0 to take means of them.
+int WholeFactor(int nPels, int nNewPels)
+{
+    const bool bGrows = nNewPels >= nPels;
+    const int nLarge = bGrows ? nNewPels : nPels;
+    const int nSmall = bGrows ? nPels : nNewPels;
+    const int nFactor = nLarge / nSmall + (nLarge % nSmall > nSmall / 2 ? 1 : 0);
+    return bGrows ? nFactor : -nFactor;
+}
+
+/// nSize * nFactor, which no image holds if it does not fit.
+int GrownSize(int nSize, int nFactor)
+{
+    const std::int64_t nGrown = static_cast<std::int64_t>(nSize) * nFactor;
+    if (nGrown > std::numeric_limits<int>::max())
+    {
+        ThrowBadAlloc();
+    }
+    return static_cast<int>(nGrown);
 }
 
 /// One axis of an enlargement: where the interior of the output begins and ends, and its steps through the source.
@@ -301,40 +317,46 @@ long ClIpRescale::Process()
     {
         return FPC_ERROR_PARAM_OUT_OF_RANGE;
     }
-    if (cIn.m_nPlanes > 1)
+    const bool bPlanes = cIn.m_nPlanes > 1;
+    if (bPlanes && cIn.m_eContent == ClImage::eUnknown)
     {
-        if (cIn.m_eContent == ClImage::eUnknown)
+        return FPC_ERROR_INTERNAL;
+    }
+    switch (m_eMode)
+    {
+    case ModeWholeNumbered:
+        if (cIn.m_nXRes <= 0 || cIn.m_nYRes <= 0 || m_nActPelsX <= 0 || m_nActPelsY <= 0)
         {
-            return FPC_ERROR_INTERNAL;
+            return FPC_ERROR_INTERNAL; // no resolutions, no factors
         }
+        break;
+    case ModeNearestNeighbour:
+    case ModeBiLinear: break;
+    case ModeBiCubic:
+    case ModeBiLinearFantMar: return FPC_ERROR_UNSUPPORTED_FEATURE;
+    default: return FPC_SUCCESS; // no mode at all does nothing
+    }
+    if (bPlanes)
+    {
         ProcessMultiPlane();
         return FPC_SUCCESS;
     }
-    return ProcessOnePlane();
+    ProcessOnePlane();
+    return FPC_SUCCESS;
 }
 
-long ClIpRescale::ProcessOnePlane()
+void ClIpRescale::ProcessOnePlane()
 {
+    ClImage cResult; // if the output is the input
+    const ClHeldImages cHeld(m_pInImage, m_pOutImage);
+    m_pOutImage = cHeld.m_pOut == cHeld.m_pIn ? &cResult : cHeld.m_pOut;
     switch (m_eMode)
     {
-    case ModeBiLinear: break;
-    case ModeWholeNumbered:
-    case ModeNearestNeighbour:
-    case ModeBiCubic:
-    case ModeBiLinearFantMar: return FPC_ERROR_UNSUPPORTED_FEATURE;
-    default: return FPC_SUCCESS;
+    case ModeWholeNumbered: ProcessWholeNumbered(); break;
+    case ModeNearestNeighbour: ProcessNearestNeighbour(); break;
+    default: BiLinear(); break;
     }
-    if (m_pOutImage != m_pInImage)
-    {
-        BiLinear();
-        return FPC_SUCCESS;
-    }
-    ClImage cResult;
-    ClHeldImages cHeld(m_pInImage, m_pOutImage);
-    m_pOutImage = &cResult;
-    BiLinear();
-    cHeld.m_pOut->Swap(cResult);
-    return FPC_SUCCESS;
+    cHeld.m_pOut->Swap(*m_pOutImage);
 }
 
 /// Runs a pass on the result of the pass before.
@@ -351,27 +373,25 @@ void ClIpRescale::BiLinear()
 {
     const bool bShrinksX = m_nActWidth < m_pInImage->m_nWidth;
     const bool bShrinksY = m_nActHeight < m_pInImage->m_nHeight;
-    if (!bShrinksX && !bShrinksY)
+    if (bShrinksX && bShrinksY)
     {
-        ProcessBiLinear();
+        ShrinkBoth();
         return;
     }
     if (bShrinksX)
     {
         ProcessXBiLinearIntegrating();
     }
-    else
+    else if (bShrinksY)
     {
         ProcessYBiLinearIntegrating();
     }
-    if (bShrinksX && bShrinksY)
-    {
-        OnResult([this] { ProcessYBiLinearIntegrating(); });
-    }
     else
     {
-        OnResult([this] { ProcessBiLinear(); });
+        ProcessBiLinear();
+        return;
     }
+    OnResult([this] { ProcessBiLinear(); });
 }
 
 void ClIpRescale::MakeOutput(int nWidth, int nHeight, int nPelsX, int nPelsY)
@@ -380,63 +400,137 @@ void ClIpRescale::MakeOutput(int nWidth, int nHeight, int nPelsX, int nPelsY)
                              nHeight, m_pInImage->m_nPlanes, nPelsX, nPelsY);
 }
 
+/// By the resolutions, whatever the size in force; by the sizes only if the resolutions do not shrink.
+std::int64_t ClIpRescale::SpanX() const
+{
+    const std::int64_t nSpan = RatioOfPels(m_pInImage->m_nXRes, m_nActPelsX);
+    return nSpan >= nOne ? nSpan : RatioOfSizes(m_pInImage->m_nWidth, m_nActWidth);
+}
+
+/// Other than along the rows, the larger of the two ratios.
+std::int64_t ClIpRescale::SpanY() const
+{
+    return std::max(RatioOfPels(m_pInImage->m_nYRes, m_nActPelsY), RatioOfSizes(m_pInImage->m_nHeight, m_nActHeight));
+}
+
 void ClIpRescale::ProcessXBiLinearIntegrating()
 {
     const ClImage& cIn = *m_pInImage;
     MakeOutput(m_nActWidth, cIn.m_nHeight, m_nActPelsX, cIn.m_nYRes);
-    std::int64_t nRatio = RatioOfPels(cIn.m_nXRes, m_nActPelsX);
-    nRatio = nRatio > 0 ? nRatio : RatioOfSizes(cIn.m_nWidth, m_nActWidth);
+    const ClSpanMean cMean(SpanX());
     for (int y = 0; y < cIn.m_nHeight; ++y)
     {
-        IntegrateRow(Row<unsigned char>(cIn, y), cIn.m_nWidth, Row<unsigned char>(*m_pOutImage, y), m_nActWidth,
-                     nRatio);
+        cMean.Reduce(Row<unsigned char>(cIn, y), cIn.m_nWidth, Row<unsigned char>(*m_pOutImage, y), m_nActWidth);
     }
 }
 
 void ClIpRescale::ProcessYBiLinearIntegrating()
 {
     const ClImage& cIn = *m_pInImage;
-    ClImage& cOut = *m_pOutImage;
     MakeOutput(cIn.m_nWidth, m_nActHeight, cIn.m_nXRes, m_nActPelsY);
-    const std::int64_t nRatio =
-        std::max(RatioOfPels(cIn.m_nYRes, m_nActPelsY), RatioOfSizes(cIn.m_nHeight, m_nActHeight));
-    const int nWidth = cIn.m_nWidth;
-    TpArrayStatic<std::int64_t> anSum(static_cast<unsigned long>(nWidth));
-    std::int64_t* const pSum = anSum.m_pData;
-    std::fill_n(pSum, nWidth, 0);
-    std::int64_t nEnd = nRatio - nOne;
-    int k = 0;
-    int j = 0;
-    for (; j < cIn.m_nHeight && k < m_nActHeight; ++j)
+    MeanRows(SpanY(), cIn.m_nHeight, *m_pOutImage, [&cIn](int y) { return Row<unsigned char>(cIn, y); });
+}
+
+/// The X pass, then the Y pass, row by row and without a picture between them.
+void ClIpRescale::ShrinkBoth()
+{
+    const ClImage& cIn = *m_pInImage;
+    const ClSpanMean cMean(SpanX());
+    TpArrayStatic<unsigned char> aRow(static_cast<unsigned long>(m_nActWidth));
+    MakeOutput(m_nActWidth, m_nActHeight, m_nActPelsX, m_nActPelsY);
+    MeanRows(SpanY(), cIn.m_nHeight, *m_pOutImage,
+             [&](int y)
+             {
+                 cMean.Reduce(Row<unsigned char>(cIn, y), cIn.m_nWidth, aRow.m_pData, m_nActWidth);
+                 return aRow.m_pData;
+             });
+}
+
+void ClIpRescale::ProcessNearestNeighbour()
+{
+    const ClImage& cIn = *m_pInImage;
+    ClImage& cOut = *m_pOutImage;
+    const unsigned char* const pOldBlock = cOut.Data();
+    MakeOutput(m_nActWidth, m_nActHeight, m_nActPelsX, m_nActPelsY);
+    const bool bNewBlock = cOut.Data() != pOldBlock;
+    const bool bPels = m_nActPelsX > 0 && m_nActPelsY > 0;
+    const auto step = [bPels](int nPels, int nActPels, int nSize, int nActSize)
     {
-        const unsigned char* pIn = Row<unsigned char>(cIn, j);
-        const std::int64_t nPlace = static_cast<std::int64_t>(j) << nFractionBits;
-        if (nEnd >= nPlace)
+        const std::int64_t nStep = bPels ? RatioOfPels(nPels, nActPels) : -1;
+        return nStep >= 0 ? nStep : RatioOfSizes(nSize, nActSize);
+    };
+    const std::int64_t nStepX = step(cIn.m_nXRes, m_nActPelsX, cIn.m_nWidth, m_nActWidth);
+    const std::int64_t nStepY = step(cIn.m_nYRes, m_nActPelsY, cIn.m_nHeight, m_nActHeight);
+    const std::int64_t nLastX = cIn.m_nWidth - 1;
+    for (int y = 0; y < m_nActHeight; ++y)
+    {
+        unsigned char* pOut = Row<unsigned char>(cOut, y);
+        const std::int64_t nSourceY = (y * nStepY) >> nFractionBits;
+        if (nSourceY >= cIn.m_nHeight)
         {
-            for (int x = 0; x < nWidth; ++x)
-            {
-                pSum[x] += static_cast<std::int64_t>(pIn[x]) << nFractionBits;
-            }
+            std::memset(pOut, 0, bNewBlock ? static_cast<std::size_t>(m_nActWidth) : 0);
             continue;
         }
-        unsigned char* pOut = Row<unsigned char>(cOut, k++);
-        for (int x = 0; x < nWidth; ++x)
+        const unsigned char* pIn = Row<unsigned char>(cIn, static_cast<int>(nSourceY));
+        for (int x = 0; x < m_nActWidth; ++x)
         {
-            pOut[x] = static_cast<unsigned char>((pSum[x] + (nEnd - nPlace + nOne) * pIn[x]) / nRatio);
-            pSum[x] = (nPlace - nEnd) * pIn[x];
+            pOut[x] = pIn[std::min((x * nStepX) >> nFractionBits, nLastX)];
         }
-        nEnd += nRatio;
     }
-    // As at the end of a row of the X pass.
-    const std::int64_t nPart = nRatio + (static_cast<std::int64_t>(j - 1) << nFractionBits) - nEnd;
-    for (; k < m_nActHeight; ++k)
+}
+
+void ClIpRescale::ProcessWholeNumbered()
+{
+    const int nX = WholeFactor(m_pInImage->m_nXRes, m_nActPelsX);
+    const int nY = WholeFactor(m_pInImage->m_nYRes, m_nActPelsY);
+    nX > 0 ? ProcessXWholeNumberedResize(nX) : ProcessXWholeNumberedSubsample(-nX);
+    OnResult([this, nY] { nY > 0 ? ProcessYWholeNumberedResize(nY) : ProcessYWholeNumberedSubsample(-nY); });
+}
+
+void ClIpRescale::ProcessXWholeNumberedResize(int nFactor)
+{
+    const ClImage& cIn = *m_pInImage;
+    MakeOutput(GrownSize(cIn.m_nWidth, nFactor), cIn.m_nHeight, WrapMultiply(cIn.m_nXRes, nFactor), cIn.m_nYRes);
+    for (int y = 0; y < cIn.m_nHeight; ++y)
     {
-        unsigned char* pOut = Row<unsigned char>(cOut, k);
-        for (int x = 0; x < nWidth; ++x)
+        const unsigned char* pIn = Row<unsigned char>(cIn, y);
+        unsigned char* pOut = Row<unsigned char>(*m_pOutImage, y);
+        for (int x = 0; x < cIn.m_nWidth; ++x)
         {
-            pOut[x] = static_cast<unsigned char>(pSum[x] / nPart);
+            pOut = std::fill_n(pOut, nFactor, pIn[x]);
         }
     }
+}
+
+void ClIpRescale::ProcessYWholeNumberedResize(int nFactor)
+{
+    const ClImage& cIn = *m_pInImage;
+    MakeOutput(cIn.m_nWidth, GrownSize(cIn.m_nHeight, nFactor), cIn.m_nXRes, WrapMultiply(cIn.m_nYRes, nFactor));
+    for (int y = 0; y < m_pOutImage->m_nHeight; ++y)
+    {
+        std::memcpy(Row<unsigned char>(*m_pOutImage, y), Row<unsigned char>(cIn, y / nFactor),
+                    static_cast<std::size_t>(cIn.m_nWidth));
+    }
+}
+
+void ClIpRescale::ProcessXWholeNumberedSubsample(int nFactor)
+{
+    const ClImage& cIn = *m_pInImage;
+    const int nWidth = std::max(cIn.m_nWidth / nFactor, 1);
+    MakeOutput(nWidth, cIn.m_nHeight, cIn.m_nXRes / nFactor, cIn.m_nYRes);
+    const ClSpanMean cMean(nFactor * ClSpanMean::nOne);
+    for (int y = 0; y < cIn.m_nHeight; ++y)
+    {
+        cMean.Reduce(Row<unsigned char>(cIn, y), cIn.m_nWidth, Row<unsigned char>(*m_pOutImage, y), nWidth);
+    }
+}
+
+void ClIpRescale::ProcessYWholeNumberedSubsample(int nFactor)
+{
+    const ClImage& cIn = *m_pInImage;
+    MakeOutput(cIn.m_nWidth, std::max(cIn.m_nHeight / nFactor, 1), cIn.m_nXRes, cIn.m_nYRes / nFactor);
+    MeanRows(nFactor * ClSpanMean::nOne, cIn.m_nHeight, *m_pOutImage,
+             [&cIn](int y) { return Row<unsigned char>(cIn, y); });
 }
 
 void ClIpRescale::ProcessBiLinear()
@@ -465,5 +559,7 @@ void ClIpRescale::ProcessBiLinear()
 
 void ClIpRescale::ProcessMultiPlane()
 {
+    const int nAttribute = m_pInImage->m_nAttribute; // the output may be the input
     ProcessPlaneByPlane(*this, m_pInImage, m_pOutImage, nMaxPlanes, [this](int) { Process(); });
+    m_pOutImage->m_nAttribute = nAttribute;
 }

@@ -3,14 +3,18 @@
 #include "RDTools/FpImage.hpp"
 #include "RDTools/ProcessorBase.hpp"
 
+#include <cstdint>
+
 /// Resizes an 8-bit image to a new size in pixels or to a new resolution in pels per metre.
 /// Input   8-bit samples, read as unsigned bytes; of a colour image up to three planes, one by one.
 /// Output  8-bit, the input's sign, size and resolution in force; may be the input. An equal size is a plain copy.
 /// Values  ModeBiLinear, in 12-bit fixed point, truncated: a direction that shrinks takes the mean of the source span
-/// that
-///         a pixel covers, one that grows interpolates between pixel centres. A new size is rounded up.
+///         that a pixel covers, one that grows interpolates between pixel centres. ModeNearestNeighbour takes the
+///         sample at or before a pixel's place. ModeWholeNumbered repeats samples or takes means of them by the whole
+///         factors nearest to the ratios of the resolutions, and so makes its own size. Any other size is rounded up.
 /// Errors  -10 without input, output or pixels; -13 pels asked for without a resolution; -35 no size; -101 no size and
-///         no resolution asked for, or planes of unknown content; -103 a mode that is not available; ClExBadAlloc.
+///         no resolution asked for, no resolution for whole numbers, or planes of unknown content; -103 a mode that is
+///         not available; ClExBadAlloc.
 /// Cost    each source sample is read once in a direction that shrinks, four times in one that grows.
 class ClIpRescale : public ClProcessorBase
 {
@@ -46,6 +50,13 @@ public:
     void ProcessXBiLinearIntegrating();
     void ProcessYBiLinearIntegrating();
     void ProcessBiLinear();
+    /// A row whose source row lies beyond the image stays as it is; in a new block it is 0.
+    void ProcessNearestNeighbour();
+    void ProcessWholeNumbered();
+    void ProcessXWholeNumberedResize(int nFactor); ///< repeats each sample
+    void ProcessYWholeNumberedResize(int nFactor);
+    void ProcessXWholeNumberedSubsample(int nFactor); ///< each nFactor samples become their mean; fewer are dropped
+    void ProcessYWholeNumberedSubsample(int nFactor); ///< unless there are no others
 
     ClImage* m_pInImage = nullptr;  ///< not owned
     ClImage* m_pOutImage = nullptr; ///< not owned
@@ -61,8 +72,11 @@ public:
     int m_nActPelsY = 0;
 
 private:
-    long ProcessOnePlane();
+    void ProcessOnePlane();
     void BiLinear();
+    void ShrinkBoth();
+    std::int64_t SpanX() const;
+    std::int64_t SpanY() const;
     template <class Pass> void OnResult(Pass&& pass);
     void MakeOutput(int nWidth, int nHeight, int nPelsX, int nPelsY);
 };
