@@ -157,9 +157,24 @@ template <class T> long ClIpBinarizeAutoThreshold::AutoBin(ClImage& cIn, ClImage
     {
     case ModeFuzzyEntropy: m_nThreshold = thr_fuz(&cIn, nShannon); break;
     case ModeFuzzyYager: m_nThreshold = thr_fuz(&cIn, nYager); break;
-    default: return FPC_ERROR_UNSUPPORTED_FEATURE;
+    case ModeJohannsen: m_nThreshold = thr_joh(&cIn); break;
+    case ModeKapur: m_nThreshold = thr_kapur(&cIn); break;
+    case ModePun: m_nThreshold = thr_pun(&cIn); break;
+    case ModeMinimumError: m_nThreshold = thr_me(&cIn); break;
+    case ModeOtsu: m_nThreshold = thr_otsu(&cIn); break;
+    case ModeMovingAverages:
+        cOut = cIn;
+        thrdd(&cOut);
+        return FPC_SUCCESS;
+    case ModeRelaxation:
+        cOut = cIn;
+        thr_relax(&cOut);
+        return FPC_SUCCESS;
+    default: return FPC_SUCCESS;
     }
-    return ClIpBinarizeGlobal().ApplyParam(cIn, cOut, static_cast<double>(static_cast<T>(m_nThreshold)));
+    // No threshold, -1, becomes 255 here.
+    ClIpBinarizeGlobal().ApplyParam(cIn, cOut, static_cast<double>(static_cast<T>(m_nThreshold)));
+    return FPC_SUCCESS;
 }
 
 void ClIpBinarizeAutoThreshold::histogram(const ClImage* pImage, double* pdHistogram)

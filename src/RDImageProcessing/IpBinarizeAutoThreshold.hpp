@@ -6,13 +6,16 @@
 /// Input   eUInt8, one plane.
 /// Output  the input's geometry, resolution, content and range; 0 below the threshold, 255 from it on.
 /// Values  The fuzzy methods search the threshold at which the fuzziness of the membership of all pixels in a dark and
-/// a
-///         bright class is smallest, measured by Shannon's entropy or by Yager's measure, and then take the emptiest
+///         a bright class is smallest, measured by Shannon's entropy or by Yager's measure, and then take the emptiest
 ///         three neighbouring grey values near it (L. K. Huang and M. J. Wang, Image thresholding by minimizing the
 ///         measures of fuzziness, Pattern Recognition 28, 1995).
-/// Errors  -11 for several planes; ClException -33 for another sample type; -103 for a mode that is not available;
-///         ClExBadAlloc.
-/// Cost    one pass for the histogram, a search over pairs of grey values, one pass for the result.
+///         Johannsen, Kapur and Pun compare the entropies of the two classes, the minimum error method (J. Kittler and
+///         J. Illingworth, 1986) two normal distributions, Otsu's the variances within the classes. Moving averages
+///         follow a serpentine walk, and relaxation lets neighbours decide together; these two have no threshold.
+/// Modes   A mode that is none of these leaves the samples undetermined, with a result of 0 and a threshold of -1.
+/// Errors  -11 for several planes; ClException -33 for another sample type; ClExBadAlloc.
+/// Cost    one pass for the histogram, a search over 256 values, one pass for the result. Relaxation costs 441 samples
+///         per pixel and up to 100 passes over four matrices of doubles.
 class ClIpBinarizeAutoThreshold : public NewIpBase::ClIp1to1Base
 {
 public:
@@ -25,7 +28,8 @@ public:
         ModeKapur = 4,
         ModePun = 5,
         ModeMinimumError = 6,
-        ModeRelaxation = 7
+        ModeRelaxation = 7,
+        ModeOtsu = 8 ///< has no name among the parameters
     };
 
     ClIpBinarizeAutoThreshold();
@@ -43,8 +47,21 @@ public:
 
     static constexpr int nGreys = 256;
 
-    // The methods. Each gives a threshold, 255 or -1 if it finds none.
+    // The methods that search the histogram. Each gives a threshold, 255 or -1 if it finds none.
     int thr_fuz(const ClImage* pImage, int nType); ///< nType 1: Shannon's entropy, other: Yager's measure
+    int thr_joh(const ClImage* pImage);
+    int thr_kapur(const ClImage* pImage);
+    int thr_pun(const ClImage* pImage);
+    int thr_me(const ClImage* pImage);   ///< the minimum error
+    int thr_otsu(const ClImage* pImage); ///< of two values the middle plus 1, of one the value minus 1
+
+    // The methods that overwrite the image with their decisions.
+    /// Compares each pixel with 85 per cent of a running mean, which follows the rows there and back and spans an
+    /// eighth of the width; not meaningful below a width of 8. The last pixel of the walk keeps its grey value.
+    void thrdd(ClImage* pImage);
+    /// Relaxation. Pixels without any contrast to their neighbourhood and to the image's first pixel become white.
+    void thr_relax(ClImage* pImage);
+
     /// Membership of a grey value in its class: 1 on the class's mean, one half 255 away from it.
     static double Ux(int nGrey, int nMean0, int nMean1, int nThreshold);
     static double Yager(int nMean0, int nMean1, int nThreshold);
@@ -52,7 +69,7 @@ public:
     static void histogram(const ClImage* pImage, double* pdHistogram);
 
     eProcessingMode m_eProcessingMode = ModeFuzzyEntropy;
-    int m_nThreshold = -1; ///< of the last run
+    int m_nThreshold = -1; ///< of the last run; -1 if its method found or has none
 
 private:
     template <class T> long AutoBin(ClImage& cIn, ClImage& cOut);
