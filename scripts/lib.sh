@@ -51,6 +51,27 @@ configure()
     }
 }
 
+# configure_product [CMAKE_ARGUMENT...]: the delivered library and its programs. A machine that only runs them needs no
+# test framework.
+configure_product()
+{
+    local tests=ON package
+    for package in "${test_packages[@]}"; do
+        is_installed "$package" || tests=OFF
+    done
+    configure release -DKORMELIN_BUILD_TESTS=$tests "$@"
+}
+
+# use_real_slaps: exports KORMELIN_SLAPS, the folder of real slap pictures, if it is not set and its usual place beside
+# the repository is there.
+use_real_slaps()
+{
+    if [ -z "${KORMELIN_SLAPS:-}" ] && [ -d "$repository/../shared/data/slaps" ]; then
+        KORMELIN_SLAPS=$(cd -- "$repository/../shared/data/slaps" && pwd)
+        export KORMELIN_SLAPS
+    fi
+}
+
 # build PRESET [TARGET...]: all targets if none is named, on all cores.
 build()
 {

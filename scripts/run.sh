@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # usage: run.sh [IMAGE.bmp ...] [-o FOLDER]
 # Builds the library and the example program, and cuts each image into its fingers: one BMP file per finger in FOLDER,
-# by default build/release/segments. Without an image it draws a sample first. Installs what a build needs and is not
-# there yet.
+# by default build/release/segments. Without an image it takes samples/two-fingers.bmp. Installs what a build needs and
+# is not there yet.
 set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
 
@@ -38,21 +38,9 @@ done
 
 install_missing "${build_packages[@]}"
 say "Building"
-# A machine that only runs the library needs no test framework.
-tests=ON
-for package in "${test_packages[@]}"; do
-    is_installed "$package" || tests=OFF
-done
-configure release -DKORMELIN_BUILD_TESTS=$tests
-build release VelmarinKormelinSegmentation segment make-slap
-
-if [ ${#images[@]} -eq 0 ]; then
-    sample=$repository/build/release/samples/two-fingers.bmp
-    mkdir -p "${sample%/*}"
-    say "Drawing a sample"
-    "$repository/build/release/make-slap" two-fingers 19685 "$sample"
-    images=("$sample")
-fi
+configure_product
+build release VelmarinKormelinSegmentation segment
+[ ${#images[@]} -gt 0 ] || images=("$repository/samples/two-fingers.bmp")
 say "Segmenting into $output"
 mkdir -p "$output"
 "$repository/build/release/segment" -o "$output" -- "${images[@]}"

@@ -6,11 +6,7 @@
 set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
 
-if [ -z "${KORMELIN_SLAPS:-}" ] && [ -d "$repository/../shared/data/slaps" ]; then
-    KORMELIN_SLAPS=$(cd -- "$repository/../shared/data/slaps" && pwd)
-    export KORMELIN_SLAPS
-fi
-
+use_real_slaps
 install_missing "${build_packages[@]}" "${test_packages[@]}" "${bench_packages[@]}" clang-format-14 clang-tidy-14
 
 say "Format"
