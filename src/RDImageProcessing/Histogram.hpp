@@ -3,8 +3,7 @@
 #include "RDTools/FpImage.hpp"
 
 /// Counts the grey values of a one-plane image in 256 bins.
-/// Input   one plane; a sample counts as one byte. Of an image with larger samples the first bytes of each row are
-/// counted,
+/// Input   one plane; a sample counts as one byte. Of an image with larger samples the first bytes of each row count,
 ///         so the counts mean something for 8-bit images only. A signed sample counts in the bin of its value plus 128.
 /// Errors  ClException -101 for other than one plane, and for a rectangle without area before it is clipped.
 class ClHistogram

@@ -6,8 +6,8 @@
 /// Input   eUInt8, one plane, with pixels. Output the same geometry; may be the input, which then keeps its block.
 /// Values  ((v - black) / (white - black)) to the power of 1 / gamma, scaled to 255 and rounded.
 /// Errors  ClException, in this order: -701 without input or output, -14 without rows or columns, -11 for several
-/// planes,
-///         -44 for black above white, -35 for a gamma below 0 or above 5, -33 for another sample type; ClExBadAlloc.
+///         planes, -44 for black above white, -35 for a gamma below 0 or above 5, -33 for another sample type;
+///         ClExBadAlloc.
 class ClIpGammaCorrection : public NewIpBase::ClIp1to1Base
 {
 public:

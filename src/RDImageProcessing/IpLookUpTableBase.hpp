@@ -5,7 +5,8 @@
 
 /// Replaces every sample of an 8-bit image through a table of 256 entries, which a derived class calculates.
 /// Input   8-bit samples, up to four planes, which all go through the same table.
-/// Output  geometry, type, resolution and range of the input; may be the input, which then keeps its block.
+/// Output  geometry, type, resolution and range of the input; may be the input, which then keeps its block. An output
+///         of several planes is joined anew, with the range of its type.
 /// Errors  ClException -37 without input or output; -33 for samples of more than one byte; ClExBadAlloc.
 /// Cost    one look-up per sample.
 class ClIpLookUpTableBase : public ClProcessorBase

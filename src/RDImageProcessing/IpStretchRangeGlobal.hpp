@@ -6,8 +6,7 @@
 /// Values  12-bit fixed point, truncated; 0.9 is added to the new range's length, so that its top is reached. An empty
 ///         range leaves the values as they are.
 /// Range   The old range if its end is not below its start; otherwise (the default) from the smallest to the largest
-/// value
-///         of the image, over all planes.
+///         value of the image, over all planes.
 class ClIpStretchRangeGlobal : public ClIpLookUpTableBase
 {
 public:
