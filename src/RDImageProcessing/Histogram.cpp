@@ -1,5 +1,6 @@
 #include "RDImageProcessing/Histogram.hpp"
 
+#include "RDImageProcessing/FillTools.hpp"
 #include "RDTools/Exception.hpp"
 #include "RDTools/SampleCast.hpp"
 
@@ -46,7 +47,7 @@ void ClHistogram::Create(const ClImage& cImage, int nLeft, int nTop, int nRight,
     nRight = std::min(nRight, cImage.m_nWidth);
     nBottom = std::min(nBottom, cImage.m_nHeight);
     m_nOffset = ClImage::IsSignedType(cImage.m_eDataType) ? nSignedOffset : 0;
-    if (cImage.Data() == nullptr)
+    if (!HasBytePerColumn(cImage))
     {
         return;
     }

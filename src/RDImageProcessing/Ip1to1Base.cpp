@@ -9,10 +9,9 @@ constexpr char szModule[] = "RDImageProcessing/Ip1to1Base";
 constexpr int nTableSize = 256;
 
 /// Every sample of cIn through the processor's GetValue: a virtual call each.
-template <class TIn, class TOut, class Processor>
-long MapByValue(Processor& cProcessor, ClImage& cIn, ClImage& cOut)
+template <class TIn, class TOut, class Processor> long MapByValue(Processor& cProcessor, ClImage& cIn, ClImage& cOut)
 {
-    const int nSamples = cIn.m_nWidth * cIn.m_nPlanes;
+    const int nSamples = cIn.SamplesPerRow();
     for (int y = 0; y < cIn.m_nHeight; ++y)
     {
         const TIn* pIn = Row<TIn>(cIn, y);
@@ -170,8 +169,8 @@ long ClIp1to1Base::ApplyParam(ClImage& cIn, ClImage& cOut, unsigned char eOutTyp
 void ClIp1to1Base::PublishParameters(ClParameterContainer& cContainer)
 {
     PublishInOutImages(cContainer, &m_pInImage, &m_pOutImage);
-    auto* pType = cContainer.AddParam<TpParameterEnumPointer<unsigned char, ClParameter>>("OutImageType",
-                                                                                          &m_eOutImageType);
+    auto* pType =
+        cContainer.AddParam<TpParameterEnumPointer<unsigned char, ClParameter>>("OutImageType", &m_eOutImageType);
     pType->m_nFlags = ClParameter::eWritable;
     pType->AddValue(ClImage::eUInt8, "unsigned char");
     pType->AddValue(ClImage::eSInt8, "signed char");
@@ -205,8 +204,8 @@ long ClIp1to1Base::Process()
     }
     ClImage cTemporary;
     ClImage& cTarget = m_pOutImage == m_pInImage ? cTemporary : *m_pOutImage;
-    cTarget.NewWithType(*m_pInImage,
-                        m_eOutImageType == nTypeOfInput ? m_pInImage->m_eDataType : ClImage::EDataType(m_eOutImageType));
+    cTarget.NewWithType(*m_pInImage, m_eOutImageType == nTypeOfInput ? m_pInImage->m_eDataType
+                                                                     : ClImage::EDataType(m_eOutImageType));
     const long nResult = DoProcess(*m_pInImage, cTarget);
     m_pOutImage->Swap(cTarget);
     return nResult;
@@ -214,16 +213,15 @@ long ClIp1to1Base::Process()
 
 long ClIp1to1Base::DoProcess(ClImage& cIn, ClImage& cOut)
 {
-    return DispatchSampleType(
-        cIn.m_eDataType, FPC_ERROR_INTERNAL,
-        [&](auto cTagIn)
-        {
-            return DispatchSampleType(cOut.m_eDataType, FPC_ERROR_INTERNAL,
-                                      [&](auto cTagOut)
-                                      {
-                                          using TIn = typename decltype(cTagIn)::Type;
-                                          using TOut = typename decltype(cTagOut)::Type;
-                                          return MapSamples<TIn, TOut>(*this, cIn, cOut);
-                                      });
-        });
+    return DispatchSampleType(cIn.m_eDataType, FPC_ERROR_INTERNAL,
+                              [&](auto cTagIn)
+                              {
+                                  return DispatchSampleType(cOut.m_eDataType, FPC_ERROR_INTERNAL,
+                                                            [&](auto cTagOut)
+                                                            {
+                                                                using TIn = typename decltype(cTagIn)::Type;
+                                                                using TOut = typename decltype(cTagOut)::Type;
+                                                                return MapSamples<TIn, TOut>(*this, cIn, cOut);
+                                                            });
+                              });
 }

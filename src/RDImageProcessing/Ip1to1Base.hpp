@@ -22,7 +22,7 @@ public:
 class ClIp1to1Base : public ClIpProcessorBase
 {
 public:
-    long ApplyParam(ClImage& cImage);              ///< in place
+    long ApplyParam(ClImage& cImage); ///< in place
     long ApplyParam(ClImage& cIn, ClImage& cOut);
 
     void SetParametersToDefault() override;
@@ -52,7 +52,7 @@ class ClIp1to1Base : public ClProcessorBase
 public:
     static constexpr unsigned char nTypeOfInput = 255;
 
-    long ApplyParam(ClImage& cImage);                                       ///< in place, type unchanged
+    long ApplyParam(ClImage& cImage); ///< in place, type unchanged
     long ApplyParam(ClImage& cIn, ClImage& cOut, unsigned char eOutType);
 
     void PublishParameters(ClParameterContainer& cContainer) override;
@@ -73,7 +73,7 @@ public:
 /// out = aTable[in] for every sample of an 8-bit image, all planes alike; padding is neither read nor written.
 template <class TOut> void MapThroughTable(const ClImage& cIn, ClImage& cOut, const TOut* pTable)
 {
-    const int nSamples = cIn.m_nWidth * cIn.m_nPlanes;
+    const int nSamples = cIn.SamplesPerRow();
     for (int y = 0; y < cIn.m_nHeight; ++y)
     {
         const unsigned char* pIn = Row<unsigned char>(cIn, y);

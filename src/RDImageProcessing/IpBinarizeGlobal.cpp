@@ -45,7 +45,7 @@ template <class T> T SampleThreshold(double dThreshold)
 
 template <class T> void ThresholdRows(const ClImage& cIn, ClImage& cOut, T tThreshold, T tBlack, T tWhite)
 {
-    const int nSamples = cIn.m_nWidth * cIn.m_nPlanes;
+    const int nSamples = cIn.SamplesPerRow();
     for (int y = 0; y < cIn.m_nHeight; ++y)
     {
         const T* pIn = Row<T>(cIn, y);

@@ -7,7 +7,7 @@ namespace
 {
 template <class TIn, class TOut> void Convert(const ClImage& cIn, ClImage& cOut)
 {
-    const int nSamples = cIn.m_nWidth * cIn.m_nPlanes;
+    const int nSamples = cIn.SamplesPerRow();
     for (int y = 0; y < cIn.m_nHeight; ++y)
     {
         const TIn* pIn = Row<TIn>(cIn, y);
@@ -52,7 +52,7 @@ const char* ClIpConvertDataType::Name() const
 
 long ClIpConvertDataType::DoProcess(ClImage& cIn, ClImage& cOut)
 {
-    if (m_eOutImageType == cIn.m_eDataType || m_eOutImageType == nTypeOfInput)
+    if (m_eOutImageType == cIn.m_eDataType)
     {
         cOut = cIn;
         return FPC_SUCCESS;

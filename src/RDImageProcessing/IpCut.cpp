@@ -95,10 +95,11 @@ long ClIpCut::DoProcess(ClImage& cIn, ClImage& cOut)
         static_cast<std::size_t>(cIn.m_nPlanes) * static_cast<std::size_t>(ClImage::SampleSize(cIn.m_eDataType));
     const std::size_t nRowBytes = static_cast<std::size_t>(m_nDestWidth) * nPixelBytes;
     const std::size_t nFirst = static_cast<std::size_t>(m_nX0) * nPixelBytes;
-    for (int y = 0; y < cOut.m_nHeight; ++y)
+    for (int y = 0; nRowBytes != 0 && y < cOut.m_nHeight; ++y)
     {
-        std::memcpy(Row<unsigned char>(cOut, y), Row<unsigned char>(cIn, static_cast<int>(m_nY0) + y) + nFirst,
-                    nRowBytes);
+        // Both images may borrow the same memory.
+        std::memmove(Row<unsigned char>(cOut, y), Row<unsigned char>(cIn, static_cast<int>(m_nY0) + y) + nFirst,
+                     nRowBytes);
     }
     return FPC_SUCCESS;
 }

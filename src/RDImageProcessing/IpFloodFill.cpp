@@ -92,7 +92,8 @@ void ClIpFloodFill::SetParametersToDefault()
 
 void ClIpFloodFill::PublishParameters(ClParameterContainer& cContainer)
 {
-    PublishInOutImages(cContainer, &m_pInImage, &m_pOutImage);
+    cContainer.AddPointer("pInImage", &m_pInImage);
+    cContainer.AddPointer("pOutImage", &m_pOutImage);
     cContainer.AddNumeric("CountThresh", &m_nCountThresh);
     cContainer.AddNumeric("FillColor", &m_nFillColor);
     cContainer.AddNumeric("StartX", &m_nStartX);

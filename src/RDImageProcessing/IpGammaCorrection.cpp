@@ -95,6 +95,10 @@ void ClIpGammaCorrection::CheckInOutImageTypes()
 
 long ClIpGammaCorrection::Process()
 {
+    if (m_pInImage->Data() == nullptr)
+    {
+        Throw("m_pInImage->Data() is not set", FPC_ERROR_BAD_POINTER, __LINE__);
+    }
     if (m_pOutImage != m_pInImage)
     {
         m_pOutImage->New(*m_pInImage);

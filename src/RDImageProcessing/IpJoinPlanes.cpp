@@ -30,7 +30,8 @@ int PlanesOfContent(ClImage::EContent eContent, int nPlanesIfUnknown)
 
 template <class T> void InterleavePlane(const ClImage& cPlane, int nPlane, ClImage& cOut)
 {
-    const int nHeight = cPlane.Data() != nullptr ? std::min(cPlane.m_nHeight, cOut.m_nHeight) : 0;
+    const bool bReadable = cPlane.Data() != nullptr && cPlane.m_eDataType == cOut.m_eDataType;
+    const int nHeight = bReadable ? std::min(cPlane.m_nHeight, cOut.m_nHeight) : 0;
     const int nWidth = std::min(cPlane.Stride() / static_cast<int>(sizeof(T)), cOut.m_nWidth);
     const std::ptrdiff_t nStep = cOut.m_nPlanes;
     for (int y = 0; y < nHeight; ++y)
@@ -78,7 +79,6 @@ void ClIpJoinPlanes::SetParametersToDefault()
     std::fill(std::begin(m_adFillcolors), std::end(m_adFillcolors), std::numeric_limits<double>::quiet_NaN());
     m_eOutContent = ClImage::eUnknown;
     m_bFillEmptyPlanes = 1;
-    m_nOutPlanes = 0;
 }
 
 void ClIpJoinPlanes::PublishParameters(ClParameterContainer& cContainer)
@@ -87,14 +87,14 @@ void ClIpJoinPlanes::PublishParameters(ClParameterContainer& cContainer)
     for (int i = 0; i < nMaxPlanes; ++i)
     {
         std::snprintf(szName, sizeof szName, "pInPlane[%d]", i);
-        cContainer.AddPointer(szName, &m_apInPlane[i])->m_nFlags = ClParameter::eWritable;
+        cContainer.AddPointer(szName, &m_apInPlane[i]);
     }
     for (int i = 0; i < nMaxPlanes; ++i)
     {
         std::snprintf(szName, sizeof szName, "dInFillcolors[%d]", i);
         cContainer.AddNumeric(szName, &m_adFillcolors[i]);
     }
-    cContainer.AddPointer("pOutImage", &m_pOutImage)->m_nFlags = ClParameter::eReadable;
+    cContainer.AddPointer("pOutImage", &m_pOutImage);
     auto* pContent =
         cContainer.AddParam<TpParameterEnumPointer<ClImage::EContent, ClParameter>>("eOutContent", &m_eOutContent);
     pContent->AddValue(ClImage::eUnknown, "eUnknown");

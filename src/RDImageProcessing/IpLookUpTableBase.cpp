@@ -45,14 +45,17 @@ long ClIpLookUpTableBase::Process()
     {
         throw ClException("m_pOutImage is not set.", FPC_ERROR_PARAM_IS_MISSING, true, szModule, __LINE__);
     }
-    if (ClImage::SampleSize(m_pInImage->m_eDataType) > 1)
+    if (ClImage::SampleSize(m_pInImage->m_eDataType) != 1)
     {
         return FPC_ERROR_FORMAT_NOTSUPPORTED;
     }
+    if (m_pInImage->Data() == nullptr && m_pInImage->m_nWidth > 0 && m_pInImage->m_nHeight > 0)
+    {
+        return FPC_ERROR_BITMAP_PTR;
+    }
     if (m_pInImage->m_nPlanes > 1)
     {
-        ProcessMultiPlane();
-        return FPC_SUCCESS;
+        return ProcessMultiPlane();
     }
     if (m_pOutImage != m_pInImage)
     {
@@ -63,7 +66,7 @@ long ClIpLookUpTableBase::Process()
     return FPC_SUCCESS;
 }
 
-void ClIpLookUpTableBase::ProcessMultiPlane()
+long ClIpLookUpTableBase::ProcessMultiPlane()
 {
-    ProcessPlaneByPlane(*this, m_pInImage, m_pOutImage, ClIpSplitPlanes::nMaxPlanes, [this](int) { Process(); });
+    return ProcessPlaneByPlane(*this, m_pInImage, m_pOutImage, ClIpSplitPlanes::nMaxPlanes, [this](int) { Process(); });
 }

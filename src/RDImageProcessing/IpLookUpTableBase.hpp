@@ -7,8 +7,8 @@
 /// Input   8-bit samples, up to four planes, which all go through the same table.
 /// Output  geometry, type, resolution and range of the input; may be the input, which then keeps its block. An output
 ///         of several planes is joined anew, with the range of its type.
-/// Errors  ClException -37 without input or output; -33 for samples of more than one byte; ClExBadAlloc.
-/// Cost    one look-up per sample.
+/// Errors  ClException -37 without input or output; -33 for samples of other than one byte, -10 without pixels;
+/// ClExBadAlloc. Cost    one look-up per sample.
 class ClIpLookUpTableBase : public ClProcessorBase
 {
 public:
@@ -21,7 +21,7 @@ public:
     using ClProcessorBase::QueryParameters;
     long Initialize() override;
     long Process() override;
-    virtual void ProcessMultiPlane();
+    virtual long ProcessMultiPlane(); ///< the code of the join, which refuses some contents
     virtual void CalculateLuT();
 
     ClImage* m_pInImage = nullptr;  ///< not owned

@@ -16,12 +16,12 @@ long ClIpSplitPlanes::ApplyParam(ClImage& cIn, ClImage* pPlane0, ClImage* pPlane
 
 void ClIpSplitPlanes::PublishParameters(ClParameterContainer& cContainer)
 {
-    cContainer.AddPointer("pInImage", &m_pInImage)->m_nFlags = ClParameter::eWritable;
+    cContainer.AddPointer("pInImage", &m_pInImage);
     for (int i = 0; i < nMaxPlanes; ++i)
     {
         char szName[32];
         std::snprintf(szName, sizeof szName, "pOutPlane[%d]", i);
-        cContainer.AddPointer(szName, &m_apOutPlane[i])->m_nFlags = ClParameter::eReadable;
+        cContainer.AddPointer(szName, &m_apOutPlane[i]);
     }
 }
 

@@ -49,7 +49,7 @@ private:
 /// most nMostPlanes planes are taken, the last one first if so wanted. The operator's image pointers are as before
 /// afterwards, also if process raises.
 template <class Fn>
-void ProcessPlaneByPlane(const ClProcessorBase& cOwner, ClImage*& pIn, ClImage*& pOut, int nMostPlanes, Fn&& process,
+long ProcessPlaneByPlane(const ClProcessorBase& cOwner, ClImage*& pIn, ClImage*& pOut, int nMostPlanes, Fn&& process,
                          bool bLastFirst = false)
 {
     ClHeldImages cHeld(pIn, pOut);
@@ -77,5 +77,5 @@ void ProcessPlaneByPlane(const ClProcessorBase& cOwner, ClImage*& pIn, ClImage*&
     cJoin.Timer(cOwner.IsTimerEnabled());
     cJoin.m_eOutContent = cHeld.m_pIn->m_eContent;
     cJoin.m_nOutPlanes = nPlanes;
-    cJoin.ApplyParam(*cHeld.m_pOut, apPlane[0], apPlane[1], apPlane[2], apPlane[3]);
+    return cJoin.ApplyParam(*cHeld.m_pOut, apPlane[0], apPlane[1], apPlane[2], apPlane[3]);
 }

@@ -78,7 +78,7 @@ public:
     ClImage& operator=(const ClImage& cOther);   ///< deep copy
     ClImage& operator=(const ClBitmap& cBitmap); ///< deep copy; empty if the bitmap cannot be attached
 
-    void Attach(const ClImage& cOther);               ///< shares the pixels; attaching to itself empties the image
+    void Attach(const ClImage& cOther);              ///< shares the pixels; attaching to itself empties the image
     void Attach(void* pData, const ClImage& cModel); ///< borrows pData, described as cModel
     /// Borrows pData: nHeight rows of the aligned row length.
     void Attach(void* pData, unsigned char eType, int nWidth, int nHeight, int nPlanes, int nXRes, int nYRes);
@@ -111,6 +111,11 @@ public:
                                 ~3u);
     }
     int Stride() const { return RowBytes(m_nPlanes, m_nWidth, SampleSize(m_eDataType)); }
+    /// Samples of a row without its padding, wrapping as the stride does.
+    int SamplesPerRow() const
+    {
+        return static_cast<int>(static_cast<unsigned int>(m_nPlanes) * static_cast<unsigned int>(m_nWidth));
+    }
 
     /// Whether resolution, size, range and planes make sense; an empty image is not valid.
     bool IsValid() const;
@@ -130,15 +135,15 @@ public:
 
     EDataType m_eDataType;
     EContent m_eContent;
-    int m_nWidth;  ///< pixels in a row
-    int m_nHeight; ///< rows
-    int m_nXRes;   ///< pels per metre
-    int m_nYRes;   ///< pels per metre
+    int m_nWidth;                             ///< pixels in a row
+    int m_nHeight;                            ///< rows
+    int m_nXRes;                              ///< pels per metre
+    int m_nYRes;                              ///< pels per metre
     boost::shared_ptr<unsigned char> m_pData; ///< first byte of row 0, or null; always holds a count
-    int m_nPlanes;    ///< samples per pixel, 1 to 4
-    double m_dBlack;  ///< sample value that stands for black
-    double m_dWhite;  ///< sample value that stands for white
-    int m_nAttribute; ///< travels with the image, interpreted by nothing
+    int m_nPlanes;                            ///< samples per pixel, 1 to 4
+    double m_dBlack;                          ///< sample value that stands for black
+    double m_dWhite;                          ///< sample value that stands for white
+    int m_nAttribute;                         ///< travels with the image, interpreted by nothing
 
 private:
     void ClearFields();
@@ -170,12 +175,10 @@ template <class Fn> long DispatchSampleType(unsigned char eType, long nUnknown, 
     switch (eType)
     {
 #define RD_SAMPLE_CASE(eCode, T)                                                                                       \
-    case ClImage::eCode:                                                                                               \
-        return fn(TpSampleTag<T>());
+    case ClImage::eCode: return fn(TpSampleTag<T>());
         RD_SAMPLE_TYPES(RD_SAMPLE_CASE)
 #undef RD_SAMPLE_CASE
-    default:
-        return nUnknown;
+    default: return nUnknown;
     }
 }
 

@@ -99,22 +99,32 @@ TEST(IpConvertDataType, NothingIsClampedRoundedOrScaled)
 
 TEST(IpConvertDataType, TheSameTypeIsADeepCopyWithTheRangeOfTheInput)
 {
-    ForEachRandomImage(
-        2,
-        [](ClImage& cIn, auto)
-        {
-            cIn.m_dBlack = 3.0;
-            cIn.m_dWhite = 9.0;
-            cIn.m_eContent = ClImage::eCIELab;
-            for (const unsigned char eOut : {static_cast<unsigned char>(cIn.m_eDataType), ClIp1to1Base::nTypeOfInput})
-            {
-                ClImage cOut;
-                ASSERT_EQ(0, ClIpConvertDataType().ApplyParam(cIn, cOut, eOut));
-                EXPECT_NE(cIn.Data(), cOut.Data());
-                EXPECT_TRUE(SamePixels(cIn, cOut));
-                EXPECT_TRUE(SameDescription(cIn, cOut));
-            }
-        });
+    ForEachRandomImage(2,
+                       [](ClImage& cIn, auto)
+                       {
+                           cIn.m_dBlack = 3.0;
+                           cIn.m_dWhite = 9.0;
+                           cIn.m_eContent = ClImage::eCIELab;
+                           ClImage cOut;
+                           ASSERT_EQ(0, ClIpConvertDataType().ApplyParam(cIn, cOut, cIn.m_eDataType));
+                           EXPECT_NE(cIn.Data(), cOut.Data());
+                           EXPECT_TRUE(SamePixels(cIn, cOut));
+                           EXPECT_TRUE(SameDescription(cIn, cOut));
+                       });
+}
+
+TEST(IpConvertDataType, TheDefaultTypeKeepsTheSamplesAndTakesTheRangeOfTheirType)
+{
+    ClImage cIn;
+    cIn.NewWithType(ClImage::eUInt16, 5, 3, 2, 0, 0);
+    FillRandom(cIn, 4);
+    cIn.m_dBlack = 10.0;
+    cIn.m_dWhite = 20.0;
+    ClImage cOut;
+    ASSERT_EQ(0, ClIpConvertDataType().ApplyParam(cIn, cOut, ClIp1to1Base::nTypeOfInput));
+    EXPECT_TRUE(SamePixels(cIn, cOut));
+    EXPECT_EQ(0.0, cOut.m_dBlack);
+    EXPECT_EQ(65535.0, cOut.m_dWhite);
 }
 
 TEST(IpConvertDataType, TheOutputHasTheRangeOfItsType)

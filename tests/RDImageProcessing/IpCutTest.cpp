@@ -198,3 +198,17 @@ TEST(IpCut, CreateMakesAnotherOfItsClass)
     std::unique_ptr<ClProcessorBase> pOther(cCut.Create());
     EXPECT_NE(nullptr, dynamic_cast<ClIpCut*>(pOther.get()));
 }
+
+TEST(IpCut, ImagesThatBorrowTheSameMemoryAreCutRowByRow)
+{
+    unsigned char acPixel[48];
+    ClImage cIn;
+    cIn.Attach(acPixel, ClImage::eUInt8, 8, 6, 1, 0, 0);
+    FillRandom(cIn, 5);
+    ClImage cExpected;
+    ASSERT_EQ(0, ClIpCut().ApplyParam(cIn, 2, 0, 5, 6, cExpected));
+    ClImage cOut;
+    cOut.Attach(acPixel, ClImage::eUInt8, 8, 6, 1, 0, 0);
+    ASSERT_EQ(0, ClIpCut().ApplyParam(cIn, 2, 0, 5, 6, cOut));
+    EXPECT_TRUE(SamePixels(cExpected, cOut));
+}

@@ -364,7 +364,7 @@ TEST(IpFloodFill, PublishesItsParametersWithTheirDefaults)
     {
         ClParameter* pParameter = cContainer.m_aChildren[i];
         EXPECT_STREQ(aszNames[i], pParameter->GetName());
-        EXPECT_EQ(i == 0 ? 1 : i == 1 ? 2 : 3, pParameter->m_nFlags);
+        EXPECT_EQ(3, pParameter->m_nFlags);
         if (i >= 2)
         {
             EXPECT_EQ(static_cast<double>(i + 3), pParameter->GetNumericInterface()->GetNumber());

@@ -192,4 +192,12 @@ TEST(IpGammaCorrection, PublishesItsValuesBehindTheImages)
     const std::unique_ptr<ClProcessorBase> pNew(cGamma.Create());
     EXPECT_NE(nullptr, dynamic_cast<ClIpGammaCorrection*>(pNew.get()));
 }
+
+TEST(IpGammaCorrection, RefusesAnImageWhosePixelsAreMissing)
+{
+    ClImage cImage;
+    cImage.Attach(nullptr, ClImage::eUInt8, 5, 4, 1, 0, 0);
+    EXPECT_RAISES(ClIpGammaCorrection().ApplyParam(cImage, 0.8), ClException, -701,
+                  "The pointer is bad or invalid.\nm_pInImage->Data() is not set");
+}
 } // namespace

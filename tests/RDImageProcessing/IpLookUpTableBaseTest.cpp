@@ -138,6 +138,15 @@ TEST(IpLookUpTableBase, RefusesMissingImagesLargerSamplesAndFivePlanes)
     EXPECT_RAISES_CODE(cTable.Apply(), -37);
     cIn.NewWithType(ClImage::eUInt16, 3, 3, 1, 0, 0);
     EXPECT_EQ(-33, cTable.ApplyParam(cIn, cOut));
+    ClImage cNoType;
+    cNoType.NewWithType(0, 5, 4, 1, 0, 0);
+    EXPECT_EQ(-33, cTable.ApplyParam(cNoType));
+    ClImage cNoPixels;
+    cNoPixels.Attach(nullptr, ClImage::eUInt8, 5, 4, 1, 0, 0);
+    EXPECT_EQ(-10, cTable.ApplyParam(cNoPixels));
+    ClImage cNotJoined(3, 3, 3, 0, 0);
+    cNotJoined.m_eContent = ClImage::eCIELab;
+    EXPECT_EQ(-35, cTable.ApplyParam(cNotJoined, cOut)) << "contents that cannot be joined";
     cIn.NewWithType(ClImage::eUInt8, 3, 3, 5, 0, 0);
     EXPECT_RAISES_CODE(cTable.ApplyParam(cIn, cOut), -35);
     EXPECT_EQ(&cIn, cTable.m_pInImage) << "the pointers are as before";

@@ -109,7 +109,7 @@ TEST(IpSplitPlanes, PublishesTheInputAndFourOutputs)
     {
         EXPECT_STREQ(aszNames[i], cContainer.m_aChildren[i]->GetName());
         EXPECT_TRUE(cContainer.m_aChildren[i]->IsPointer());
-        EXPECT_EQ(i == 0 ? ClParameter::eWritable : ClParameter::eReadable, cContainer.m_aChildren[i]->m_nFlags);
+        EXPECT_EQ(3, cContainer.m_aChildren[i]->m_nFlags);
     }
     EXPECT_EQ(static_cast<void*>(&cSplit.m_apOutPlane[3]), cContainer.m_aChildren[4]->GetParameterPtr());
 }
