@@ -10,26 +10,16 @@ const char* TypeName(int nType)
 {
     switch (nType)
     {
-    case ClImage::eUInt8:
-        return "uint8";
-    case ClImage::eUInt16:
-        return "uint16";
-    case ClImage::eUInt32:
-        return "uint32";
-    case ClImage::eSInt8:
-        return "int8";
-    case ClImage::eSInt16:
-        return "int16";
-    case ClImage::eSInt32:
-        return "int32";
-    case ClImage::eFloat32:
-        return "float32";
-    case ClImage::eDouble64:
-        return "double64";
-    case 255:
-        return "default";
-    default:
-        return nType <= 0 ? "unknown" : "not valid";
+    case ClImage::eUInt8: return "uint8";
+    case ClImage::eUInt16: return "uint16";
+    case ClImage::eUInt32: return "uint32";
+    case ClImage::eSInt8: return "int8";
+    case ClImage::eSInt16: return "int16";
+    case ClImage::eSInt32: return "int32";
+    case ClImage::eFloat32: return "float32";
+    case ClImage::eDouble64: return "double64";
+    case 255: return "default";
+    default: return nType <= 0 ? "unknown" : "not valid";
     }
 }
 } // namespace

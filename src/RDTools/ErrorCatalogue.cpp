@@ -12,8 +12,10 @@ const ST_ErrorMapEntry g_aErrorMap[] = {FPC_ERROR_CATALOGUE(FPC_CATALOGUE_ROW)};
 
 // The constant's name is misspelt in every component of the family; applications compare it, so it stays.
 #define FPC_UNKNOWN_ROW                                                                                                \
-    {2147483647L, "Unknown error code.", L"Unknown error code.", "FPC_ERROR_UNKOWN_ERROR_CODE",                        \
-     L"FPC_ERROR_UNKOWN_ERROR_CODE"}
+    {                                                                                                                  \
+        2147483647L, "Unknown error code.", L"Unknown error code.", "FPC_ERROR_UNKOWN_ERROR_CODE",                     \
+            L"FPC_ERROR_UNKOWN_ERROR_CODE"                                                                             \
+    }
 
 bool IsRowOf(const ST_ErrorMapEntry& cRow, long nCode)
 {

@@ -73,8 +73,8 @@ ClException::ClException(const char* szComment, long nNumber, bool bOwnComment, 
 }
 
 ClException::ClException(const ClException& cOther)
-    : Vlm::ClVelmarinException(cOther), m_szFile(cOther.m_szFile), m_nLine(cOther.m_nLine),
-      m_nNumber(cOther.m_nNumber), m_bOwnComment(cOther.m_bOwnComment)
+    : Vlm::ClVelmarinException(cOther), m_szFile(cOther.m_szFile), m_nLine(cOther.m_nLine), m_nNumber(cOther.m_nNumber),
+      m_bOwnComment(cOther.m_bOwnComment)
 {
     SetComment(cOther.m_szComment);
 }

@@ -76,9 +76,10 @@ public:
     virtual long Finalize(long nResult);
     virtual long Process() = 0;
 
-    /// Initialize(), Process(), Finalize(). Process runs only after an Initialize that returned 0; Finalize runs exactly
-    /// when Process returned. Returns Initialize's failure or Process's result. Errors: a failing Finalize raises
-    /// ClException with its value; exceptions of Initialize and Process pass through, and nothing further is run.
+    /// Initialize(), Process(), Finalize(). Process runs only after an Initialize that returned 0; Finalize runs
+    /// exactly when Process returned. Returns Initialize's failure or Process's result. Errors: a failing Finalize
+    /// raises ClException with its value; exceptions of Initialize and Process pass through, and nothing further is
+    /// run.
     long Apply();
 
     void TimerStart(const char* szText);
