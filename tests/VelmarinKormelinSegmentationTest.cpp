@@ -10,8 +10,12 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <functional>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace
@@ -510,6 +514,53 @@ TEST_F(VelmarinKormelinSegmentation, EmptySegmentHandleHasNoBitmap)
     EXPECT_EQ(-35, KSGetSegment(m_hSegmentation, 0, m_hSegment));
     EXPECT_EQ(-51, KSGetBitmap(m_hSegment, nullptr, &nSize));
     EXPECT_EQ(77u, nSize);
+}
+
+// ---- what a body may raise
+
+namespace
+{
+/// Raises what it is told to from within a call.
+class ClRaising : public ClKormelinSegmentationHandle
+{
+public:
+    explicit ClRaising(std::function<void()> fnRaise) : m_fnRaise(std::move(fnRaise))
+    {
+        std::memcpy(m_cRecord.m_szFirst, m_szSignature, sizeof m_szSignature);
+        std::memcpy(m_cRecord.m_szSecond, m_szSignature, sizeof m_szSignature);
+        m_cRecord.m_pObject = static_cast<ClKormelinSegmentationHandle*>(this);
+    }
+    void OnQueryPropertys(ClParameterContainer&) override { m_fnRaise(); }
+
+    long Call()
+    {
+        long nValue = 0;
+        return KSGetPropertyLongA(&m_cRecord, "Count", &nValue);
+    }
+
+    std::function<void()> m_fnRaise;
+    ClHandleRecord m_cRecord;
+};
+} // namespace
+
+TEST(CallFrame, TurnsExceptionsOfTheLibraryIntoTheirNumbers)
+{
+    EXPECT_EQ(-35, ClRaising([] { throw ClExRange("text", -35, true, "here", 1); }).Call());
+    EXPECT_EQ(-46, ClRaising([] { throw ClExVelmarin(-46, "here", 1); }).Call());
+    EXPECT_EQ(2147483647L, ClRaising([] { throw ClException(2147483647L, false, "here", 1); }).Call());
+}
+
+TEST(CallFrame, TurnsAFailedAllocationOfTheStandardLibraryIntoOutOfMemory)
+{
+    ClRaising cRaising([] { throw std::bad_alloc(); });
+    const std::string sLines = Logged(3, [&] { EXPECT_EQ(-102, cRaising.Call()); });
+    EXPECT_NE(std::string::npos, sLines.find(" Error(-102): Memory allocation failed or given mem-block too small.\n"));
+}
+
+TEST(CallFrame, LetsOtherExceptionsPass)
+{
+    EXPECT_THROW(ClRaising([] { throw std::runtime_error("not of the library"); }).Call(), std::runtime_error);
+    EXPECT_THROW(ClRaising([] { throw 5; }).Call(), int);
 }
 
 // ---- log lines
