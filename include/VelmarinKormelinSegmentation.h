@@ -44,7 +44,7 @@
  * back; too small a size is FPC_ERROR_TEMPLATE_SIZE (-21).
  *
  * Threads: different handles may be used on different threads at the same time, one handle on one thread at a time.
- * KSInitialize and KSUninitialize are serialised. No function waits for another thread.
+ * KSInitialize and KSUninitialize are serialised. No other function waits for another thread.
  *
  * Log: calls and errors are written to standard output if the environment variable VELMARIN_SDK_LOG is exactly "1"
  * when the library is loaded. VELMARIN_SDK_LOG_LEVEL (0 to 7, default 7) limits the lines: 3 writes errors only.
@@ -326,7 +326,7 @@ KS_API long KSDestroyHandle(void** phHandle);
 
 /* The value of any property as text.
    pszValue: buffer, or null to measure. pnSize: in: its size in bytes; out: the size needed, terminator included. A
-   buffer of at least 2 bytes holds an empty text after a failure.
+   buffer of at least 2 bytes holds an empty text after a failure behind the test of the handle, if pnSize is given.
    Further results, in order of the tests:
    FPC_ERROR_TEMPLATE_SIZE_PTR (-24)   pnSize is null
    FPC_ERROR_TEMPLATE_SIZE (-21)       *pnSize was too small; it now holds the size needed
@@ -336,7 +336,7 @@ KS_API long KSGetPropertyA(void* handle, const char* szName, char* pszValue, uns
 /* Sets any writable property from text: "1", "1.9" (truncated), "0x1".
    Further results, in order of the tests:
    FPC_ERROR_PARAM_IS_READONLY (-47)     the property cannot be set
-   FPC_ERROR_INVALID_PARAMETER (-44)     szValue is null or no number
+   FPC_ERROR_INVALID_PARAMETER (-44)     szValue is null, or text is left over behind its number (an empty text counts as 0)
    FPC_ERROR_PARAM_OUT_OF_RANGE (-35)    the value is out of the property's range, the property keeps its value */
 KS_API long KSSetPropertyA(void* handle, const char* szName, const char* szValue);
 
@@ -385,7 +385,9 @@ KS_API long KSSetPropertyDoubleA(void* handle, const char* szName, double dValue
    FPC_ERROR_BITMAP_BITCOUNT (-12)  plain pixels of 1, 4 or 16 bits
    FPC_ERROR_BITMAP_PLANE (-11)     pixels of 24 or 32 bits, or compressed ones
    FPC_ERROR_TEMPLATE_SIZE (-21)    the block ends before the pixels
-   Up to here the results of the last run stay. A later failure leaves no segments, and "Count" as it was.
+   Up to here the results of the last run stay; but from the last two tests on, "CoordinateOrigin" 1 counts from the
+   refused image's height. A later failure leaves no segments, and "Count" as it was; without memory (-102) for a
+   segment, those before it and the new "Count" may stand.
    In mode 0:
    FPC_ERROR_BITMAP_PELS (-13)          a resolution below 3900 pels per metre
    FPC_ERROR_BITMAP_NO_FINGER (-15)     all pixels are alike
@@ -405,7 +407,7 @@ KS_API long KSSegmentBitmap(void* handle, const struct tagBITMAPINFOHEADER* pBit
    Returns, in order of the tests:
    FPC_ERROR_NO_HANDLE (-42), FPC_ERROR_INVALID_HANDLE (-43)   hSegmentation is null, or no segmentation handle
    FPC_ERROR_NO_HANDLE (-42), FPC_ERROR_INVALID_HANDLE (-43)   hSegment is null, or no segment handle
-   FPC_ERROR_PARAM_OUT_OF_RANGE (-35)   there is no such segment; or the rectangle begins left of or below the image
+   FPC_ERROR_PARAM_OUT_OF_RANGE (-35)   there is no such segment; or the rectangle begins left of, below or (origin 1) above the image
                                         (hSegment then has the new bitmap and its former rectangle) */
 KS_API long KSGetSegment(void* hSegmentation, int nIndex, void* hSegment);
 

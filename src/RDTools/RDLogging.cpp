@@ -2,10 +2,6 @@
 
 #include "RDTools/Exception.hpp"
 
-#include <boost/date_time/gregorian/gregorian_types.hpp>
-#include <boost/date_time/posix_time/posix_time_types.hpp>
-#include <boost/date_time/posix_time/time_formatters.hpp>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -18,17 +14,24 @@ namespace
 {
 constexpr char szModule[] = "RDTools/RDLogging";
 
-/// Local time as "2024-Feb-29 23:59:01.000250"; the fraction is left out when it is 0.
-std::string TimeText(const timeval& cNow)
+constexpr int nTimeTextSize = 80;
+
+/// Local time as "2024-Feb-29 23:59:01.000250", in English whatever the locale is; the fraction is left out when it is
+/// 0. Needs no memory, so that a line about a failed allocation can be written.
+void FormatTime(const timeval& cNow, char (&szText)[nTimeTextSize])
 {
-    using namespace boost::posix_time;
+    static const char* const aszMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                            "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
     tm cLocal = {};
     localtime_r(&cNow.tv_sec, &cLocal);
-    const boost::gregorian::date cDate(static_cast<unsigned short>(cLocal.tm_year + 1900),
-                                       static_cast<unsigned short>(cLocal.tm_mon + 1),
-                                       static_cast<unsigned short>(cLocal.tm_mday));
-    const time_duration cTime(cLocal.tm_hour, cLocal.tm_min, cLocal.tm_sec);
-    return to_simple_string(ptime(cDate, cTime + microseconds(cNow.tv_usec)));
+    const int nLength =
+        std::snprintf(szText, sizeof szText, "%04d-%s-%02d %02d:%02d:%02d", cLocal.tm_year + 1900,
+                      aszMonths[cLocal.tm_mon], cLocal.tm_mday, cLocal.tm_hour, cLocal.tm_min, cLocal.tm_sec);
+    if (cNow.tv_usec != 0)
+    {
+        std::snprintf(szText + nLength, sizeof szText - static_cast<std::size_t>(nLength), ".%06ld",
+                      static_cast<long>(cNow.tv_usec));
+    }
 }
 } // namespace
 
@@ -62,8 +65,9 @@ void WriteLogLine(VlmLogLevels eLevel, const char* szMessage)
 {
     timeval cNow = {};
     gettimeofday(&cNow, nullptr);
-    const std::string sTime = ConvertBadAlloc([&cNow] { return TimeText(cNow); });
-    std::printf("%s [%s] - %s\n", sTime.c_str(), LogLevelName(eLevel), szMessage);
+    char szTime[nTimeTextSize];
+    FormatTime(cNow, szTime);
+    std::printf("%s [%s] - %s\n", szTime, LogLevelName(eLevel), szMessage);
 }
 
 template <class Policy> Policy TpLogging<Policy>::m_oFallbackLogger;

@@ -8,6 +8,7 @@
 #include <clocale>
 #include <cstdlib>
 #include <ctime>
+#include <locale>
 #include <string>
 #include <sys/time.h>
 
@@ -113,11 +114,30 @@ TEST_F(RDLogging, LevelIsANumberFromZeroToSevenOrElseSeven)
         EXPECT_EQ(i, LevelBy(std::to_string(i).c_str()));
     }
     EXPECT_EQ(3, LevelBy(" 3 of 7")); // as atoi reads it
+    EXPECT_EQ(0, LevelBy(""));        // no digits are a 0
+    EXPECT_EQ(0, LevelBy("debug"));
     for (const char* szOther : {"8", "-1", "-8", "100", "2147483647"})
     {
         EXPECT_EQ(7, LevelBy(szOther)) << szOther;
     }
     EXPECT_EQ(7, LevelBy(nullptr));
+}
+
+/// A locale that groups digits in threes.
+struct ClGrouping : std::numpunct<char>
+{
+    char do_thousands_sep() const override { return ','; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST_F(RDLogging, TimeIsWrittenTheSameInEveryLocale)
+{
+    Switch().m_bEnabled = true;
+    ConsoleOfSystem().m_nLevel = 7;
+    const std::locale cBefore = std::locale::global(std::locale(std::locale::classic(), new ClGrouping));
+    const std::string sLine = Written([] { ClSystemLogging::LogF(eLogDebug, "x"); });
+    std::locale::global(cBefore);
+    EXPECT_EQ(std::string::npos, sLine.find(',')) << sLine;
 }
 
 TEST_F(RDLogging, LineIsTimeLevelAndMessage)
