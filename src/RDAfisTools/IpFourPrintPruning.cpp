@@ -20,13 +20,20 @@ struct StPlace
     long Width() const { return m_nRight - m_nLeft; }
     long Height() const { return m_nTop - m_nBottom; }
     double Area() const { return static_cast<double>(Width() * Height()); }
-    float CenterX() const { return static_cast<float>(m_nLeft + Width() / 2); }
-    float CenterY() const { return static_cast<float>(m_nBottom + Height() / 2); }
+    float CenterX() const { return Middle(m_nLeft, m_nRight); }
+    float CenterY() const { return Middle(m_nBottom, m_nTop); }
 
     long m_nLeft = 0;
     long m_nRight = 0;
     long m_nBottom = 0;
     long m_nTop = 0;
+
+private:
+    static float Middle(long nFrom, long nTo)
+    {
+        const long nMiddle = nFrom + (nTo - nFrom) / 2;
+        return static_cast<float>(nMiddle);
+    }
 };
 
 double SharedArea(const StPlace& cFirst, const StPlace& cSecond)

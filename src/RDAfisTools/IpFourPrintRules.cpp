@@ -257,20 +257,20 @@ void ClIpFourPrintSegmentation::ClearLoneCandidate(Marks_t& aSelected)
     {
         nSum = WrapAdd(nSum, WrapMultiply(HeightOf(m_aCenters[i]), aSelected[i]));
     }
-    const double dMean = nSum / m_nFingers; // of whole numbers, truncated
+    const int nMean = nSum / m_nFingers;
     int nAbove = 0;
     int nBelow = 0;
     for (unsigned long i = 0; i < m_aCenters.Entries(); ++i)
     {
-        nAbove += aSelected[i] != 0 && m_aCenters[i].m_dY > dMean ? 1 : 0;
-        nBelow += aSelected[i] != 0 && m_aCenters[i].m_dY < dMean ? 1 : 0;
+        nAbove += aSelected[i] != 0 && m_aCenters[i].m_dY > nMean ? 1 : 0;
+        nBelow += aSelected[i] != 0 && m_aCenters[i].m_dY < nMean ? 1 : 0;
     }
     const bool bLoneAbove = nAbove == 1 && nBelow == 4;
     const bool bLoneBelow = nAbove == 4 && nBelow == 1;
     for (unsigned long i = 0; i < m_aCenters.Entries(); ++i)
     {
         if (aSelected[i] != 0 &&
-            ((bLoneAbove && m_aCenters[i].m_dY > dMean) || (bLoneBelow && m_aCenters[i].m_dY < dMean)))
+            ((bLoneAbove && m_aCenters[i].m_dY > nMean) || (bLoneBelow && m_aCenters[i].m_dY < nMean)))
         {
             aSelected[i] = 0;
             --m_nFingers;

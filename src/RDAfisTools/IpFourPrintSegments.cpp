@@ -102,8 +102,8 @@ void CutLargeComponents(const Components& aComponents, ClCutter& cCutter)
         const StSpan cSpan = SpanOf(cComponent);
         if (cComponent.m_dArea > dCutArea && NeedsHorizontalCut(cComponent, cSpan))
         {
-            // A third of the way up from the lower end.
-            cCutter.AlongRow(CastSample<int>(cComponent.m_cMin.m_dY + cSpan.nHeight / 3), i + 1);
+            const int nUp = cSpan.nHeight / 3; // a third of the way up from the lower end
+            cCutter.AlongRow(CastSample<int>(cComponent.m_cMin.m_dY + nUp), i + 1);
         }
     }
     for (unsigned long i = 0; i < aComponents.Entries(); ++i)
@@ -112,7 +112,8 @@ void CutLargeComponents(const Components& aComponents, ClCutter& cCutter)
         const StSpan cSpan = SpanOf(cComponent);
         if (cComponent.m_dArea > dCutArea && NeedsVerticalCut(cComponent, cSpan))
         {
-            cCutter.AlongColumn(CastSample<int>(cComponent.m_cMin.m_dX + cSpan.nWidth / 2), i + 1);
+            const int nAcross = cSpan.nWidth / 2;
+            cCutter.AlongColumn(CastSample<int>(cComponent.m_cMin.m_dX + nAcross), i + 1);
         }
     }
 }

@@ -427,6 +427,7 @@ void ClReferenceRun::Trim(unsigned long i, bool bAtImageEdge, int nThreshold)
     ClImage cLabels;
     cLabels = cTest;
     const std::vector<StObject> aObjects = Label(cLabels);
+    cNotes.nObjects = aObjects.size();
     cNotes.bTooManyObjects = aObjects.size() > 11;
     if (cNotes.bTooManyObjects)
     {

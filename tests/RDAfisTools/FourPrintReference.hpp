@@ -14,6 +14,7 @@ struct StRefinementNotes
     bool bTooDark = false;      ///< runs off two edges, and the threshold is too low for another round
     bool bRoundAtEdges = false; ///< runs off two edges, but is nearly round
     bool bPadClipped = false;   ///< the room around the part reaches beyond the cut-out
+    unsigned long nObjects = 0; ///< that were numbered in the trimmed image
     bool bTooManyObjects = false;
     bool bFirstRowWhite = false;
     bool bKeptAtEdge = false; ///< not cut below the neck, as the cut-out starts at the lower edge of the input

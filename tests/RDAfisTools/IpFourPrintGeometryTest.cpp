@@ -230,6 +230,44 @@ TEST(IpFourPrintGeometry, ARotatedBoxIsReportedAsTheRectangleAroundItsCorners)
     }
 }
 
+TEST(IpFourPrintGeometry, ARotatedBoxIsMappedBackToTheLastDigit)
+{
+    for (int i = 0; i < 400; ++i)
+    {
+        const int nWidth = 600 + i;
+        const int nHeight = 500 + 3 * i;
+        ClBoxFixture c(nWidth, nHeight, {});
+        c.m_c.m_dScale = 1.25;
+        c.m_c.m_dRotation = 1.0 + 0.003 * i;
+        const double dAngle = 1.57 - c.m_c.m_dRotation;
+        const double dCos = std::cos(dAngle);
+        const double dSin = std::sin(dAngle);
+        // The shift: the right corners of the input stand at its width, the upper ones at its last row.
+        double dMinX = 0;
+        double dMinY = 0;
+        for (const double dX : {0.0, static_cast<double>(nWidth)})
+        {
+            for (const double dY : {0.0, nHeight - 1.0})
+            {
+                dMinX = std::min(dMinX, dCos * dX - dSin * dY);
+                dMinY = std::min(dMinY, dCos * dY + dSin * dX);
+            }
+        }
+        const double dLeft = 40 + 251 - std::trunc(-dMinX); // 201 times 1.25 is 251.25
+        const double dRight = 90 + 251 - std::trunc(-dMinX);
+        const double dBottom = 30 + 166 - std::trunc(-dMinY); // 133 times 1.25 is 166.25
+        const double dTop = 130 + 166 - std::trunc(-dMinY);
+        const auto backX = [&](double dX, double dY) { return dCos * dX + dSin * dY; };
+        const auto backY = [&](double dX, double dY) { return std::sin(-dAngle) * dX + dCos * dY; };
+        const Place anExpected = {
+            std::max(0L, static_cast<long>(std::min(backX(dLeft, dBottom), backX(dLeft, dTop)))),
+            std::min(nWidth - 1L, static_cast<long>(std::max(backX(dRight, dTop), backX(dRight, dBottom)))),
+            std::max(0L, static_cast<long>(std::min(backY(dLeft, dBottom), backY(dRight, dBottom)))),
+            std::min(nHeight - 1L, static_cast<long>(std::max(backY(dRight, dTop), backY(dLeft, dTop))))};
+        EXPECT_EQ(anExpected, PlaceOf(c, MakeBox(40, 90, 30, 130), MakeBox(201, 300, 133, 280))) << i;
+    }
+}
+
 TEST(IpFourPrintGeometry, ARotatedRectangleNeverLeavesTheInput)
 {
     ClBoxFixture c(1200, 900, {});

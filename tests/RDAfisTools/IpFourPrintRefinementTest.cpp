@@ -239,6 +239,21 @@ TEST(IpFourPrintRefinement, APartAtTwoEdgesIsDroppedWhereTheThresholdIsBelowFift
     EXPECT_EQ(1u, c.m_c.m_aCutImages.Entries()) << "the raw cut-outs stay";
 }
 
+TEST(IpFourPrintRefinement, APartAtTwoEdgesIsNotTriedBelowThirty)
+{
+    // The dark middle would be found at a threshold of 15 to 25, but a threshold below 50 is not lowered any more.
+    for (const int nRim : {16, 20, 24, 28})
+    {
+        ClDrawn c(300, 400, 3);
+        c.Rectangle(240, 300, 60, 100, static_cast<unsigned char>(nRim)).Ellipse(265, 345, 18, 38, 0);
+        const StRefinementNotes cNotes = c.RunOne();
+        EXPECT_TRUE(cNotes.bTooDark);
+        EXPECT_GE(cNotes.nThreshold, 30);
+        EXPECT_LT(cNotes.nThreshold, 50);
+        EXPECT_EQ(0, c.m_c.m_nFingers);
+    }
+}
+
 TEST(IpFourPrintRefinement, ANearlyRoundPartAtTwoEdgesIsAccepted)
 {
     ClDrawn c(300, 400, 3);
@@ -249,19 +264,57 @@ TEST(IpFourPrintRefinement, ANearlyRoundPartAtTwoEdgesIsAccepted)
     EXPECT_EQ(1, c.m_c.m_nFingers);
 }
 
-TEST(IpFourPrintRefinement, ManySmallObjectsLeaveTheImageAsFirstCut)
+TEST(IpFourPrintRefinement, MoreThanElevenObjectsLeaveTheImageAsFirstCut)
 {
-    ClDrawn c(300, 300, 5);
-    c.Rectangle(100, 100, 90, 110, 60).Rectangle(108, 108, 74, 94, 250);
-    for (int i = 0; i < 20; ++i)
+    for (const int nSpecks : {4, 10, 11, 12, 15})
     {
-        c.Rectangle(114 + 17 * (i % 4), 114 + 17 * (i / 4), 8, 8, 60);
+        // A frame with specks inside.
+        ClDrawn c(300, 300, 5);
+        c.Rectangle(100, 100, 74, 100, 60).Rectangle(107, 107, 60, 86, 250);
+        for (int i = 0; i < nSpecks; ++i)
+        {
+            c.Rectangle(113 + 17 * (i % 3), 112 + 15 * (i / 3), 8, 8, 60);
+        }
+        const StRefinementNotes cNotes = c.RunOne();
+        EXPECT_EQ(static_cast<unsigned long>(nSpecks) + 1, cNotes.nObjects);
+        EXPECT_EQ(nSpecks > 10, cNotes.bTooManyObjects) << nSpecks;
+        ASSERT_EQ(1, c.m_c.m_nFingers);
+        // The smoothing widens the frame to about 387; 10 columns of room are on both sides, or 2 after the narrowing.
+        EXPECT_NEAR(nSpecks > 10 ? 407 : 391, c.m_c.m_aImages[0].m_nWidth, 6) << nSpecks;
     }
-    const StRefinementNotes cNotes = c.RunOne();
-    EXPECT_TRUE(cNotes.bTooManyObjects);
-    EXPECT_FALSE(cNotes.bNarrowed);
+}
+
+TEST(IpFourPrintRefinement, AnExpectedAreaWithoutWidthIsTakenToTheRight)
+{
+    // An object 100 wide: drawn in by 50 from both sides nothing is left of it, and the area from there 50 to the right
+    // is taken. Its middle lies in the right one of the two dark parts that the cut-out shows.
+    ClDrawn c(300, 260, 1);
+    c.Rectangle(100, 80, 99, 91, 174).Rectangle(100, 80, 41, 91, 37).Rectangle(166, 80, 33, 91, 39);
+    c.RunOne();
+    ASSERT_EQ(1u, c.m_c.m_aBoxes.Entries());
+    EXPECT_EQ(100, c.m_c.m_aBoxes[0].m_nMaxX - c.m_c.m_aBoxes[0].m_nMinX);
     ASSERT_EQ(1, c.m_c.m_nFingers);
-    EXPECT_EQ(0, c.m_c.m_aResultBoxes[0].m_nMinX) << "with all its room";
+    EXPECT_GT(c.m_c.m_aResultBoxes[0].m_nMinX, 50);
+}
+
+TEST(IpFourPrintRefinement, AnExpectedAreaWithoutHeightIsTakenUpwards)
+{
+    ClDrawn c(300, 260, 1);
+    c.Rectangle(100, 80, 84, 101, 154).Rectangle(100, 80, 84, 30, 146).Rectangle(100, 143, 84, 38, 27);
+    EXPECT_FALSE(c.RunOne().bNoPart);
+    EXPECT_EQ(100, c.m_c.m_aBoxes[0].m_nMaxY - c.m_c.m_aBoxes[0].m_nMinY);
+    EXPECT_EQ(1, c.m_c.m_nFingers);
+}
+
+TEST(IpFourPrintRefinement, OfTwoFingersThatShareMoreThanSixTenthsOneGoes)
+{
+    // Two fingers pressed together, a hundred pixels per inch: each cut-out shows a part of the other finger, and the
+    // boxes, 72 and 76 columns wide, share 44 columns.
+    ClDrawn c(300, 260, 1);
+    c.Rectangle(80, 60, 43, 120, 107).Rectangle(124, 63, 64, 117, 104);
+    c.Run();
+    EXPECT_EQ(2u, c.m_c.m_aBoxes.Entries());
+    EXPECT_EQ(1, c.m_c.m_nFingers);
 }
 
 TEST(IpFourPrintRefinement, AFingerThatItsCutOutDoesNotShowDisappearsBetweenItsNeighbours)

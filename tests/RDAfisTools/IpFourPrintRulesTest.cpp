@@ -202,6 +202,18 @@ TEST(IpFourPrintRules, SixCandidatesThreeHighAndThreeLowStaySix)
     EXPECT_EQ(6, cRun.m_c.m_nFingers);
 }
 
+TEST(IpFourPrintRules, ALoneCandidateAgainstFiveStays)
+{
+    // Only one against four, with nobody on the mean, is told as a stray one or a thumb.
+    const ClRun cAbove({At(100, 600), At(200, 601), At(300, 740), At(400, 602), At(500, 603), At(600, 604)});
+    EXPECT_EQ(6, cAbove.m_c.m_nFingers);
+    const ClRun cBelow({At(100, 700), At(200, 701), At(300, 560), At(400, 702), At(500, 703), At(600, 704)});
+    EXPECT_EQ(6, cBelow.m_c.m_nFingers);
+    // The mean of 700, 700, 700, 740 and 660 is 700: one above, one below, three on it.
+    const ClRun cLevel({At(100, 700), At(200, 700), At(300, 700), At(400, 740), At(500, 660)});
+    EXPECT_EQ(5, cLevel.m_c.m_nFingers);
+}
+
 TEST(IpFourPrintRules, ACandidateMoreThan2000BelowTheMeanAreaIsExtra)
 {
     // Mean (5000 + 5000 + 5000 + 5000 + 2498) / 5 = 4499; 2498 is 2001 below it.

@@ -243,7 +243,7 @@ TEST(IpFourPrintSegmentation, RectanglesHoldTheFingertipsFromLeftToRight)
     }
 }
 
-TEST(IpFourPrintSegmentation, ATenthOfAMillimetreMattersNotAtAThousandPixelsPerInch)
+TEST(IpFourPrintSegmentation, ImagesOfAFineInputAreLimitedAndTheirRectanglesAreNot)
 {
     for (const ClSlapScene& cScene : {SlapScenes::OneFinger(39370), SlapScenes::TwoFingers(39370)})
     {

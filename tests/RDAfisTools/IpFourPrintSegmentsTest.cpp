@@ -282,6 +282,7 @@ TEST(IpFourPrintSegments, OldComponentsAreForgotten)
     double dAngle = 0.0;
     EXPECT_EQ(0, ClIpFourPrintSegmentation().FindInitialFingerSegments(cBinary.m_cImage, aComponents, dAngle));
     ASSERT_EQ(1u, aComponents.Entries());
+    EXPECT_EQ(1u, aComponents.m_nEntries) << "the old storage is released";
     EXPECT_EQ(1200.0, aComponents[0].m_dArea);
     EXPECT_EQ(50.0, aComponents[0].m_cFirstPixel.m_dX);
     EXPECT_NEAR(40 * (30.0 * 30 * 30 - 30) / 12, aComponents[0].m_dMomentXX, 1e-6);
