@@ -52,6 +52,21 @@ void PublishInOutImages(ClParameterContainer& cContainer, ClImage** ppInImage, C
     cContainer.AddPointer("pOutImage", ppOutImage)->m_nFlags = ClParameter::eReadable;
 }
 
+ClParameter* PublishOutImageType(ClParameterContainer& cContainer, unsigned char* pnType)
+{
+    auto* pType = cContainer.AddParam<TpParameterEnumPointer<unsigned char, ClParameter>>("OutImageType", pnType);
+    pType->AddValue(ClImage::eUInt8, "unsigned char");
+    pType->AddValue(ClImage::eSInt8, "signed char");
+    pType->AddValue(ClImage::eUInt16, "unsigned short");
+    pType->AddValue(ClImage::eSInt16, "signed short");
+    pType->AddValue(ClImage::eUInt32, "unsigned int");
+    pType->AddValue(ClImage::eSInt32, "signed int");
+    pType->AddValue(ClImage::eFloat32, "float");
+    pType->AddValue(ClImage::eDouble64, "double");
+    pType->AddValue(ClIp1to1Base::nTypeOfInput, "default");
+    return pType;
+}
+
 namespace NewIpBase
 {
 long ClIpProcessorBase::Initialize()
@@ -169,18 +184,7 @@ long ClIp1to1Base::ApplyParam(ClImage& cIn, ClImage& cOut, unsigned char eOutTyp
 void ClIp1to1Base::PublishParameters(ClParameterContainer& cContainer)
 {
     PublishInOutImages(cContainer, &m_pInImage, &m_pOutImage);
-    auto* pType =
-        cContainer.AddParam<TpParameterEnumPointer<unsigned char, ClParameter>>("OutImageType", &m_eOutImageType);
-    pType->m_nFlags = ClParameter::eWritable;
-    pType->AddValue(ClImage::eUInt8, "unsigned char");
-    pType->AddValue(ClImage::eSInt8, "signed char");
-    pType->AddValue(ClImage::eUInt16, "unsigned short");
-    pType->AddValue(ClImage::eSInt16, "signed short");
-    pType->AddValue(ClImage::eUInt32, "unsigned int");
-    pType->AddValue(ClImage::eSInt32, "signed int");
-    pType->AddValue(ClImage::eFloat32, "float");
-    pType->AddValue(ClImage::eDouble64, "double");
-    pType->AddValue(nTypeOfInput, "default");
+    PublishOutImageType(cContainer, &m_eOutImageType)->m_nFlags = ClParameter::eWritable;
 }
 
 double ClIp1to1Base::GetValue(ClImage&, ClImage&, double)

@@ -4,6 +4,8 @@
 #include "RDTools/FpImage.hpp"
 #include "RDTools/ProcessorBase.hpp"
 
+class ClParameter;
+
 namespace NewIpBase
 {
 /// A processor that checks the sample types of its images before it runs.
@@ -87,3 +89,5 @@ template <class TOut> void MapThroughTable(const ClImage& cIn, ClImage& cOut, co
 
 /// Adds "pInImage" (write only) and "pOutImage" (read only).
 void PublishInOutImages(ClParameterContainer& cContainer, ClImage** ppInImage, ClImage** ppOutImage);
+/// Adds "OutImageType", a sample type by its name in C or "default", 255.
+ClParameter* PublishOutImageType(ClParameterContainer& cContainer, unsigned char* pnType);

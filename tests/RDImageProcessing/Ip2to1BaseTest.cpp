@@ -1,0 +1,648 @@
+#include "RDImageProcessing/Ip2to1Base.hpp"
+
+#include "CanvasByDefinition.hpp"
+#include "RDTools/ParameterContainer.hpp"
+#include "TestTools.hpp"
+
+#include <climits>
+#include <limits>
+
+namespace
+{
+/// An operator that tells its two arguments apart.
+class ClMix : public ClIp2to1Base
+{
+public:
+    ClProcessorBase* Create() override { return NewProcessor<ClMix>(); }
+    const char* Name() const override { return "ClMix"; }
+    double GetValue(ClImage&, ClImage&, ClImage&, double dValue1, double dValue2) override
+    {
+        ++m_nCalls;
+        return Value(dValue1, dValue2);
+    }
+    static double Value(double dValue1, double dValue2) { return 0.75 * dValue1 - 3.0 * dValue2 + 1.25; }
+
+    long m_nCalls = 0;
+};
+
+long double Mixed(long double a, long double b)
+{
+    return ClMix::Value(static_cast<double>(a), static_cast<double>(b));
+}
+
+ClMix MixShifted(ClTestShift cShift, double dFill = 0.0)
+{
+    ClMix cMix;
+    cMix.m_bSizeMustBeEqual = false;
+    cMix.m_dFillColor = dFill;
+    cMix.m_nOffsetX = cShift.nX;
+    cMix.m_nOffsetY = cShift.nY;
+    return cMix;
+}
+
+/// The base's own bodies, with nothing replaced.
+class ClPlain : public ClIp2to1Base
+{
+public:
+    ClProcessorBase* Create() override { return NewProcessor<ClPlain>(); }
+    const char* Name() const override { return "ClPlain"; }
+};
+
+constexpr char szNoMemory[] = "Memory allocation failed or given mem-block too small.\nMemory allocation failed";
+
+constexpr ClTestShift aShifts[] = {{0, 0}, {2, 1}, {-2, 1}, {1, -3}, {-1, -2}};
+} // namespace
+
+TEST(Ip2to1Base, EveryTripleOfTypesIsCombinedAsTheDefinitionTells)
+{
+    unsigned int nSeed = 1;
+    ForEachTypeTriple(
+        [&](unsigned char nType1, unsigned char nType2, unsigned char nOutType)
+        {
+            ClImage cIn1, cIn2, cExpected, cOut;
+            MakeRandom(cIn1, nType1, 5, 4, 1, nSeed++);
+            MakeRandom(cIn2, nType2, 5, 4, 1, nSeed++);
+            CanvasByDefinition(cIn1, cIn2, {0, 0}, 0.0, nOutType, cExpected, Mixed);
+            ClMix cMix;
+            ASSERT_EQ(0, cMix.ApplyParam(cIn1, cIn2, cOut, nOutType));
+            ASSERT_TRUE(SamePixels(cExpected, cOut));
+            ASSERT_TRUE(SameDescription(cExpected, cOut));
+            EXPECT_EQ(20, cMix.m_nCalls);
+        });
+}
+
+TEST(Ip2to1Base, ShiftsIntoAllFourQuadrantsMakeACanvasForBothInputs)
+{
+    unsigned int nSeed = 1;
+    ForEachTypeTriple(
+        [&](unsigned char nType1, unsigned char nType2, unsigned char nOutType)
+        {
+            ClImage cIn1, cIn2, cExpected, cOut;
+            MakeRandom(cIn1, nType1, 4, 5, 3, nSeed++);
+            MakeRandom(cIn2, nType2, 6, 3, 1 + 2 * static_cast<int>(nSeed % 2), nSeed + 1);
+            const ClTestShift cShift = aShifts[nSeed % std::size(aShifts)];
+            CanvasByDefinition(cIn1, cIn2, cShift, 77.9, nOutType, cExpected, Mixed);
+            ASSERT_EQ(0, MixShifted(cShift, 77.9).ApplyParam(cIn1, cIn2, cOut, nOutType));
+            ASSERT_TRUE(SamePixels(cExpected, cOut)) << cShift.nX << ", " << cShift.nY;
+            ASSERT_TRUE(SameDescription(cExpected, cOut));
+        });
+}
+
+TEST(Ip2to1Base, EverySizePlaneCountAndShiftFollowsTheDefinition)
+{
+    unsigned int nSeed = 1;
+    for (const ClTestSize& cSize1 : {ClTestSize{1, 1}, ClTestSize{7, 3}, ClTestSize{10, 9}})
+    {
+        for (const ClTestSize& cSize2 : {ClTestSize{1, 1}, ClTestSize{3, 7}, ClTestSize{10, 9}})
+        {
+            for (int nPlanes = 0; nPlanes < 16; ++nPlanes)
+            {
+                ClImage cIn1, cIn2;
+                MakeRandom(cIn1, ClImage::eUInt8, cSize1.nWidth, cSize1.nHeight, 1 + nPlanes % 4, nSeed++);
+                MakeRandom(cIn2, ClImage::eSInt16, cSize2.nWidth, cSize2.nHeight, 1 + nPlanes / 4, nSeed++);
+                for (const int nX : {-12, -4, -1, 0, 1, 2, 11})
+                {
+                    for (const int nY : {-13, -3, 0, 2, 10})
+                    {
+                        SCOPED_TRACE(std::to_string(cSize1.nWidth) + ", " + std::to_string(cSize2.nWidth) + " shift " +
+                                     std::to_string(nX) + ", " + std::to_string(nY) + " planes " +
+                                     std::to_string(cIn1.m_nPlanes) + ", " + std::to_string(cIn2.m_nPlanes));
+                        ClImage cExpected, cOut;
+                        CanvasByDefinition(cIn1, cIn2, {nX, nY}, 200.0, ClImage::eUInt8, cExpected, Mixed);
+                        EXPECT_EQ(0, MixShifted({nX, nY}, 200.0).ApplyParam(cIn1, cIn2, cOut, 255));
+                        ASSERT_TRUE(SamePixels(cExpected, cOut));
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(Ip2to1Base, TheOutputMayBeEitherInput)
+{
+    ClImage cIn1, cIn2, cExpected;
+    MakeRandom(cIn1, ClImage::eUInt8, 9, 5, 1, 1);
+    MakeRandom(cIn2, ClImage::eUInt16, 8, 6, 1, 2);
+    CanvasByDefinition(cIn1, cIn2, {1, -2}, 3.0, ClImage::eFloat32, cExpected, Mixed);
+    for (const bool bFirst : {true, false})
+    {
+        ClImage c1, c2;
+        c1 = cIn1;
+        c2 = cIn2;
+        ClImage& cOut = bFirst ? c1 : c2;
+        EXPECT_EQ(0, MixShifted({1, -2}, 3.0).ApplyParam(c1, c2, cOut, ClImage::eFloat32));
+        EXPECT_TRUE(SamePixels(cExpected, cOut));
+        EXPECT_TRUE(SamePixels(bFirst ? cIn2 : cIn1, bFirst ? c2 : c1));
+    }
+    ClImage cAll, cSame;
+    cAll = cIn1;
+    CanvasByDefinition(cIn1, cIn1, {0, 0}, 0.0, ClImage::eUInt8, cSame, Mixed);
+    EXPECT_EQ(0, ClMix().ApplyParam(cAll, cAll, cAll, 255));
+    EXPECT_TRUE(SamePixels(cSame, cAll));
+}
+
+TEST(Ip2to1Base, SizesThatMustBeEqualRefuseAnotherSizeAndAnyOffset)
+{
+    ClImage cIn1(5, 4, 1, 0, 0), cWider(6, 4, 1, 0, 0), cHigher(5, 5, 1, 0, 0), cOut;
+    FillRandom(cIn1, 1);
+    EXPECT_TRUE(ClMix().m_bSizeMustBeEqual);
+    EXPECT_EQ(-44, ClMix().ApplyParam(cIn1, cWider, cOut, 255));
+    EXPECT_EQ(-44, ClMix().ApplyParam(cIn1, cHigher, cOut, 255));
+    for (const ClTestShift& cShift : {ClTestShift{1, 0}, ClTestShift{0, 1}, ClTestShift{-1, 0}, ClTestShift{0, -1}})
+    {
+        ClMix cMix = MixShifted(cShift);
+        cMix.m_bSizeMustBeEqual = true;
+        EXPECT_EQ(-44, cMix.ApplyParam(cIn1, cIn1, cOut, 255));
+    }
+    EXPECT_EQ(nullptr, cOut.Data());
+    EXPECT_EQ(0, ClMix().ApplyParam(cIn1, cIn1, cOut, 255));
+}
+
+TEST(Ip2to1Base, WithoutOffsetTheCanvasIsTheLargerAndTheOverlapTheSmallerSize)
+{
+    ClImage cIn1, cIn2, cExpected, cOut;
+    MakeRandom(cIn1, ClImage::eUInt8, 9, 3, 1, 1);
+    MakeRandom(cIn2, ClImage::eUInt8, 4, 8, 1, 2);
+    ClMix cMix = MixShifted({0, 0}, 5.0);
+    EXPECT_EQ(0, cMix.ApplyParam(cIn1, cIn2, cOut, 255));
+    EXPECT_EQ(9, cOut.m_nWidth);
+    EXPECT_EQ(8, cOut.m_nHeight);
+    EXPECT_EQ(4, cMix.m_nOverlapWidth);
+    EXPECT_EQ(3, cMix.m_nOverlapHeight);
+    EXPECT_EQ(12, cMix.m_nCalls);
+    CanvasByDefinition(cIn1, cIn2, {0, 0}, 5.0, ClImage::eUInt8, cExpected, Mixed);
+    EXPECT_TRUE(SamePixels(cExpected, cOut));
+    EXPECT_EQ(SampleAt<unsigned char>(cIn1, 8, 2), SampleAt<unsigned char>(cOut, 8, 2));
+    EXPECT_EQ(SampleAt<unsigned char>(cIn2, 3, 7), SampleAt<unsigned char>(cOut, 3, 7));
+    EXPECT_EQ(5, SampleAt<unsigned char>(cOut, 8, 7));
+}
+
+TEST(Ip2to1Base, ThePreparationTellsOverlapAndOffsetsInSamples)
+{
+    ClImage cIn1, cIn2, cOut;
+    MakeRandom(cIn1, ClImage::eUInt16, 10, 9, 3, 1); // rows of 30 samples
+    MakeRandom(cIn2, ClImage::eUInt8, 7, 8, 1, 2);   // rows of 8 samples
+    ClMix cMix = MixShifted({2, -3});
+    EXPECT_EQ(0, cMix.ApplyParam(cIn1, cIn2, cOut, ClImage::eUInt8)); // canvas 10 by 12, rows of 32 samples
+    EXPECT_EQ(5, cMix.m_nOverlapWidth);                               // though 7 columns lie on each other
+    EXPECT_EQ(5, cMix.m_nOverlapHeight);
+    EXPECT_EQ(2 * 3 + 3 * 32, cMix.m_nOutOffset);
+    EXPECT_EQ(2 * 3, cMix.m_nIn1Offset);
+    EXPECT_EQ(3 * 8, cMix.m_nIn2Offset);
+    cMix.m_nOffsetX = -2;
+    cMix.m_nOffsetY = 3;
+    EXPECT_EQ(0, cMix.Apply()); // canvas 12 by 11, rows of 36 samples
+    EXPECT_EQ(2 * 3 + 3 * 36, cMix.m_nOutOffset);
+    EXPECT_EQ(3 * 30, cMix.m_nIn1Offset);
+    EXPECT_EQ(2, cMix.m_nIn2Offset);
+}
+
+TEST(Ip2to1Base, ImagesThatDoNotTouchStandOnTheFilledCanvas)
+{
+    ClImage cIn1, cIn2, cExpected, cOut;
+    MakeRandom(cIn1, ClImage::eUInt8, 3, 3, 1, 1);
+    MakeRandom(cIn2, ClImage::eUInt8, 2, 2, 1, 2);
+    ClMix cMix = MixShifted({-7, 5}, 9.0);
+    EXPECT_EQ(0, cMix.ApplyParam(cIn1, cIn2, cOut, 255));
+    EXPECT_EQ(-5, cMix.m_nOverlapWidth);
+    EXPECT_EQ(-3, cMix.m_nOverlapHeight);
+    EXPECT_EQ(0, cMix.m_nCalls);
+    CanvasByDefinition(cIn1, cIn2, {-7, 5}, 9.0, ClImage::eUInt8, cExpected, Mixed);
+    EXPECT_TRUE(SamePixels(cExpected, cOut));
+}
+
+TEST(Ip2to1Base, TheFillColourIsTruncatedToTheOutputsType)
+{
+    ClImage cIn1(1, 1, 2, 0, 0), cOut;
+    FillRandom(cIn1, 1);
+    const struct
+    {
+        double dFill;
+        unsigned char nByte;
+        float fFloat;
+    } aCases[] = {{300.7, 44, 300.7f}, {255.9, 255, 255.9f}, {-1.5, 255, -1.5f}};
+    for (const auto& cCase : aCases)
+    {
+        EXPECT_EQ(0, MixShifted({3, 0}, cCase.dFill).ApplyParam(cIn1, cIn1, cOut, ClImage::eUInt8));
+        EXPECT_EQ(cCase.nByte, SampleAt<unsigned char>(cOut, 1, 0, 0));
+        EXPECT_EQ(cCase.nByte, SampleAt<unsigned char>(cOut, 2, 0, 1));
+        EXPECT_EQ(0, MixShifted({3, 0}, cCase.dFill).ApplyParam(cIn1, cIn1, cOut, ClImage::eFloat32));
+        EXPECT_EQ(cCase.fFloat, SampleAt<float>(cOut, 2, 0, 1));
+    }
+}
+
+TEST(Ip2to1Base, ResultsAreTruncatedAndNotSaturated)
+{
+    ClImage cIn1, cIn2, cOut;
+    MakeRandom(cIn1, ClImage::eDouble64, 1, 1, 1, 1);
+    MakeRandom(cIn2, ClImage::eDouble64, 1, 1, 1, 1);
+    SetSample(cIn1, 0, 0, 0, 400.0); // 0.75 * 400 + 1.25 = 301.25
+    SetSample(cIn2, 0, 0, 0, 0.0);
+    EXPECT_EQ(0, ClMix().ApplyParam(cIn1, cIn2, cOut, ClImage::eUInt8));
+    EXPECT_EQ(45, SampleAt<unsigned char>(cOut, 0, 0));
+    EXPECT_EQ(0, ClMix().ApplyParam(cIn1, cIn2, cOut, ClImage::eSInt16));
+    EXPECT_EQ(301, SampleAt<short>(cOut, 0, 0));
+    EXPECT_EQ(0, ClMix().ApplyParam(cIn1, cIn2, cOut, ClImage::eFloat32));
+    EXPECT_EQ(301.25f, SampleAt<float>(cOut, 0, 0));
+    SetSample(cIn1, 0, 0, 0, 1e300);
+    EXPECT_EQ(0, ClMix().ApplyParam(cIn1, cIn2, cOut, ClImage::eSInt32));
+    EXPECT_EQ(0, SampleAt<int>(cOut, 0, 0));
+}
+
+TEST(Ip2to1Base, PlanesThatDoNotFitLeaveTheOverlapAsTheInputsStandThere)
+{
+    for (const int nWidth2 : {5, 4}) // of the same size, too
+    {
+        ClImage cIn1, cIn2, cExpected, cOut;
+        MakeRandom(cIn1, ClImage::eUInt8, 5, 4, 2, 1);
+        MakeRandom(cIn2, ClImage::eUInt8, nWidth2, 4, 3, 2);
+        ClMix cMix = MixShifted({0, 0}, 99.0);
+        EXPECT_EQ(0, cMix.ApplyParam(cIn1, cIn2, cOut, 255));
+        EXPECT_EQ(0, cMix.m_nCalls);
+        EXPECT_TRUE(SamePixels(cIn1, cOut));
+        EXPECT_EQ(0, cMix.ApplyParam(cIn2, cIn1, cOut, 255));
+        CanvasByDefinition(cIn2, cIn1, {0, 0}, 99.0, ClImage::eUInt8, cExpected, Mixed);
+        EXPECT_TRUE(SamePixels(cExpected, cOut));
+        EXPECT_EQ(0, cMix.m_nCalls);
+    }
+}
+
+TEST(Ip2to1Base, TheTableGivesTheSameAsTheDirectPathForEveryOutputType)
+{
+    for (const unsigned char nOutType : aEveryType)
+    {
+        for (const int nPlanes2 : {1, 3})
+        {
+            ClImage cIn1, cIn2, cExpected, cOut;
+            MakeRandom(cIn1, ClImage::eUInt8, 23, 31, 3, 1);
+            MakeRandom(cIn2, ClImage::eUInt8, 25, 30, nPlanes2, 2);
+            ClMix cMix = MixShifted({2, -3});
+            CanvasByDefinition(cIn1, cIn2, {2, -3}, 0.0, nOutType, cExpected, Mixed);
+            cMix.m_bUseLUT = true;
+            EXPECT_EQ(0, cMix.ApplyParam(cIn1, cIn2, cOut, nOutType));
+            EXPECT_TRUE(SamePixels(cExpected, cOut));
+            EXPECT_EQ(65536, cMix.m_nCalls);
+        }
+    }
+}
+
+TEST(Ip2to1Base, TheTableIsForTwoUnsigned8BitInputsOnly)
+{
+    for (const unsigned char nType1 : aEveryType)
+    {
+        for (const unsigned char nType2 : aEveryType)
+        {
+            ClImage cIn1, cIn2, cOut;
+            MakeRandom(cIn1, nType1, 3, 2, 1, 1);
+            MakeRandom(cIn2, nType2, 3, 2, 1, 2);
+            ClMix cMix;
+            cMix.m_bUseLUT = true;
+            EXPECT_EQ(0, cMix.ApplyParam(cIn1, cIn2, cOut, 255));
+            EXPECT_EQ(nType1 == ClImage::eUInt8 && nType2 == ClImage::eUInt8 ? 65536 : 6, cMix.m_nCalls);
+        }
+    }
+}
+
+TEST(Ip2to1Base, TheTableStartsAtBlackAndIsReadFromZero)
+{
+    ClImage cIn1(4, 1, 1, 0, 0), cIn2(4, 1, 1, 0, 0), cOut;
+    const unsigned char anIn1[] = {0, 5, 6, 90};
+    const unsigned char anIn2[] = {0, 1, 2, 0};
+    for (int x = 0; x < 4; ++x)
+    {
+        SetSample(cIn1, x, 0, 0, anIn1[x]);
+        SetSample(cIn2, x, 0, 0, anIn2[x]);
+    }
+    cIn1.m_dBlack = 10.0;
+    cIn1.m_dWhite = 15.0;
+    cIn2.m_dBlack = 20.0;
+    cIn2.m_dWhite = 21.0;
+    ClMix cMix;
+    cMix.m_bUseLUT = true;
+    EXPECT_EQ(0, cMix.ApplyParam(cIn1, cIn2, cOut, ClImage::eDouble64));
+    EXPECT_EQ(12, cMix.m_nCalls);
+    EXPECT_EQ(ClMix::Value(10.0, 20.0), SampleAt<double>(cOut, 0, 0));
+    EXPECT_EQ(ClMix::Value(15.0, 21.0), SampleAt<double>(cOut, 1, 0));
+    EXPECT_EQ(0.0, SampleAt<double>(cOut, 2, 0));
+    EXPECT_EQ(0.0, SampleAt<double>(cOut, 3, 0));
+}
+
+TEST(Ip2to1Base, RangesThatNoTableHoldsEndWithIt)
+{
+    constexpr double dInfinity = std::numeric_limits<double>::infinity();
+    constexpr double dNaN = std::numeric_limits<double>::quiet_NaN();
+    const struct
+    {
+        double dBlack;
+        double dWhite;
+        long nCalls; // with the range as that of both inputs
+    } aCases[] = {{-1e9, 1e9, 65536L * 256 - 256L * (256 * 255 / 2)},
+                  {255.0, 0.0, 0},
+                  {dNaN, dNaN, 0},
+                  {1e300, dInfinity, 1},
+                  {-dInfinity, dInfinity, 0},
+                  {0.5, 2.0, 4}};
+    for (const auto& cCase : aCases)
+    {
+        SCOPED_TRACE(cCase.dBlack);
+        ClImage cIn1(4, 1, 1, 0, 0), cIn2(4, 1, 1, 0, 0), cOut;
+        FillRandom(cIn1, 1);
+        FillRandom(cIn2, 2);
+        cIn1.m_dBlack = cIn2.m_dBlack = cCase.dBlack;
+        cIn1.m_dWhite = cIn2.m_dWhite = cCase.dWhite;
+        ClMix cMix;
+        cMix.m_bUseLUT = true;
+        EXPECT_EQ(0, cMix.ApplyParam(cIn1, cIn2, cOut, 255));
+        EXPECT_EQ(cCase.nCalls, cMix.m_nCalls);
+    }
+}
+
+TEST(Ip2to1Base, AnExceptionOfAValuePassesThrough)
+{
+    class ClFailing : public ClMix
+    {
+    public:
+        double GetValue(ClImage&, ClImage&, ClImage&, double dValue1, double) override
+        {
+            if (dValue1 > 100.0)
+            {
+                throw ClExVelmarin(FPC_ERROR_PARAM_OUT_OF_RANGE, "Ip2to1BaseTest", __LINE__);
+            }
+            return 1.0;
+        }
+    };
+    ClImage cIn(4, 1, 1, 0, 0), cOut;
+    FillRandom(cIn, 1);
+    SetSample<unsigned char>(cIn, 1, 0, 0, 200);
+    for (const bool bUseLUT : {false, true})
+    {
+        ClFailing cFailing;
+        cFailing.m_bUseLUT = bUseLUT;
+        EXPECT_RAISES_CODE(cFailing.ApplyParam(cIn, cIn, cOut, 255), -35);
+    }
+}
+
+TEST(Ip2to1Base, ImagesThatAreMissingOrHaveNoPixelsAreMissingParameters)
+{
+    ClImage cIn(3, 2, 1, 0, 0), cEmpty, cOut;
+    FillRandom(cIn, 1);
+    ClMix cMix;
+    EXPECT_FALSE(cMix.CanApply());
+    EXPECT_EQ(-37, cMix.Apply());
+    cMix.m_pInImage1 = &cIn;
+    cMix.m_pInImage2 = &cIn;
+    EXPECT_FALSE(cMix.CanApply());
+    cMix.m_pOutImage = &cOut;
+    EXPECT_TRUE(cMix.CanApply());
+    cMix.m_pInImage1 = nullptr;
+    EXPECT_EQ(-37, cMix.Apply());
+    cMix.m_pInImage1 = &cEmpty;
+    EXPECT_FALSE(cMix.CanApply());
+    EXPECT_EQ(-37, cMix.Apply());
+    EXPECT_EQ(-37, ClMix().ApplyParam(cIn, cEmpty, cOut, 255));
+    EXPECT_EQ(-37, ClMix().ApplyParam(cEmpty, cIn, cOut, 255));
+}
+
+TEST(Ip2to1Base, ATypeThatIsNoneOfTheEightIsAnInternalError)
+{
+    ClImage cIn(3, 2, 1, 0, 0), cOther(3, 2, 1, 0, 0), cOut;
+    FillRandom(cIn, 1);
+    EXPECT_EQ(-101, ClMix().ApplyParam(cIn, cIn, cOut, 3));
+    EXPECT_EQ(-101, ClMix().ApplyParam(cIn, cIn, cOut, 0));
+    EXPECT_EQ(-101, ClMix().ApplyParam(cIn, cIn, cOut, 254));
+    for (const int nType : {0, 3, 255})
+    {
+        cOther.m_eDataType = static_cast<ClImage::EDataType>(nType);
+        EXPECT_EQ(-101, ClMix().ApplyParam(cIn, cOther, cOut, 255));
+        EXPECT_EQ(-101, ClMix().ApplyParam(cOther, cIn, cOut, ClImage::eUInt8));
+        EXPECT_EQ(-101, ClMix().DoProcess(cOther, cIn, cOut, 1, 1, 1, 1, 0, 1, 0, 1, 0, 1));
+        EXPECT_EQ(-101, ClMix().DoProcess(cIn, cOther, cOut, 1, 1, 1, 1, 0, 1, 0, 1, 0, 1));
+    }
+    ClImage cNone;
+    EXPECT_EQ(-101, ClMix().DoProcess(cIn, cIn, cNone, 1, 1, 1, 1, 0, 1, 0, 1, 0, 1));
+}
+
+TEST(Ip2to1Base, OffsetsThatNoCanvasHoldsAreRefused)
+{
+    ClImage cIn1(3, 2, 1, 0, 0), cIn2(4, 4, 1, 0, 0);
+    FillRandom(cIn1, 1);
+    FillRandom(cIn2, 2);
+    for (const int nOffset : {INT_MIN, INT_MIN + 1, INT_MAX, INT_MAX - 1})
+    {
+        SCOPED_TRACE(nOffset);
+        ClImage cOut;
+        EXPECT_RAISES(MixShifted({nOffset, 0}).ApplyParam(cIn1, cIn2, cOut, 255), ClExBadAlloc, -102, szNoMemory);
+        EXPECT_EQ(nullptr, cOut.Data());
+        EXPECT_RAISES(MixShifted({0, nOffset}).ApplyParam(cIn1, cIn2, cOut, 255), ClExBadAlloc, -102, szNoMemory);
+        EXPECT_RAISES_CODE(MixShifted({nOffset, nOffset}).ApplyParam(cIn1, cIn1, cIn1, 255), -102);
+        EXPECT_NE(nullptr, cIn1.Data());
+    }
+    ClImage cOut;
+    // 32 bits hold the width, but not the bytes of a row.
+    EXPECT_RAISES_CODE(MixShifted({1 << 30, 0}).ApplyParam(cIn1, cIn2, cOut, ClImage::eDouble64), -102);
+}
+
+TEST(Ip2to1Base, InconsistentGeometryReadsNothing)
+{
+    const ClGuardedBytes cBytes(4);
+    const auto attach = [&](ClImage& cImage, unsigned char nType, int nWidth, int nHeight, int nPlanes)
+    { cImage.Attach(cBytes.Data() + cBytes.Size(), nType, nWidth, nHeight, nPlanes, 0, 0); };
+    ClImage cIn, cBad, cOut;
+    MakeRandom(cIn, ClImage::eUInt8, 3, 2, 1, 1);
+    const struct
+    {
+        int nWidth;
+        int nHeight;
+        int nPlanes;
+    } aSizes[] = {{0, 2, 1},  {3, 0, 1},  {3, 2, 0},   {-3, 2, 1},
+                  {3, -2, 1}, {3, 2, -1}, {-3, 2, -1}, {INT_MIN, INT_MIN, INT_MIN}};
+    for (const auto& c : aSizes)
+    {
+        SCOPED_TRACE(std::to_string(c.nWidth) + ", " + std::to_string(c.nHeight) + ", " + std::to_string(c.nPlanes));
+        attach(cBad, ClImage::eUInt8, c.nWidth, c.nHeight, c.nPlanes);
+        EXPECT_EQ(0, MixShifted({0, 0}).ApplyParam(cIn, cBad, cOut, 255));
+        EXPECT_TRUE(SamePixels(cIn, cOut));
+        ClMix cMix = MixShifted({0, 0});
+        try
+        {
+            cMix.ApplyParam(cBad, cIn, cOut, 255);
+        }
+        catch (const ClException& cRaised)
+        {
+            EXPECT_TRUE(cRaised.Number() == -101 || cRaised.Number() == -102) << cRaised.Number();
+        }
+        EXPECT_EQ(0, cMix.m_nCalls);
+        try
+        {
+            cMix.ApplyParam(cBad, cBad, cOut, 255);
+        }
+        catch (const ClException& cRaised)
+        {
+            EXPECT_TRUE(cRaised.Number() == -101 || cRaised.Number() == -102) << cRaised.Number();
+        }
+        EXPECT_EQ(0, cMix.m_nCalls);
+    }
+    // Rows whose length only wraps into 32 bits.
+    attach(cBad, ClImage::eDouble64, 1 << 29, 2, 1);
+    EXPECT_RAISES_CODE(MixShifted({0, 0}).ApplyParam(cIn, cBad, cOut, 255), -102);
+    EXPECT_RAISES_CODE(MixShifted({0, 0}).ApplyParam(cBad, cIn, cOut, 255), -102);
+    attach(cBad, ClImage::eUInt8, 1 << 20, 2, 1 << 20);
+    EXPECT_RAISES_CODE(MixShifted({0, 0}).ApplyParam(cIn, cBad, cOut, 255), -102);
+    attach(cBad, ClImage::eUInt8, -5, 2, 1);
+    EXPECT_RAISES(MixShifted({0, 0}).ApplyParam(cBad, cIn, cOut, 255), ClException, -101,
+                  "Internal error.\nImage area must be positive");
+}
+
+TEST(Ip2to1Base, PaddingIsNeitherReadNorWritten)
+{
+    unsigned char anIn[16], anOut[16];
+    std::fill(std::begin(anIn), std::end(anIn), static_cast<unsigned char>(7));
+    std::fill(std::begin(anOut), std::end(anOut), static_cast<unsigned char>(99));
+    const ClGuardedBytes cBytes(anIn, 15); // the last row without its padding
+    ClImage cIn, cOut;
+    cIn.Attach(cBytes.Data(), ClImage::eUInt8, 3, 4, 1, 0, 0);
+    cOut.Attach(anOut, ClImage::eUInt8, 3, 4, 1, 0, 0);
+    ClMix cMix;
+    EXPECT_EQ(0, cMix.ApplyParam(cIn, cIn, cOut, 255));
+    EXPECT_EQ(anOut, cOut.Data());
+    for (int i = 0; i < 16; ++i)
+    {
+        EXPECT_EQ(i % 4 == 3 ? 99 : static_cast<int>(static_cast<unsigned char>(static_cast<int>(-14.5))), anOut[i]);
+    }
+}
+
+TEST(Ip2to1Base, TheResultOfDoProcessIsReturnedAndTheCanvasStands)
+{
+    class ClRefusing : public ClMix
+    {
+    public:
+        long DoProcess(ClImage&, ClImage&, ClImage&, long nWidth, long nHeight, long nPlanes1, long nPlanes2,
+                       long nIn1Offset, long nIn1Row, long nIn2Offset, long nIn2Row, long nOutOffset,
+                       long nOutRow) override
+        {
+            const long anArguments[] = {nWidth,  nHeight,    nPlanes1, nPlanes2,   nIn1Offset,
+                                        nIn1Row, nIn2Offset, nIn2Row,  nOutOffset, nOutRow};
+            std::copy(std::begin(anArguments), std::end(anArguments), m_anArguments);
+            return -7;
+        }
+        long m_anArguments[10] = {};
+    };
+    ClImage cIn1, cIn2, cOut;
+    MakeRandom(cIn1, ClImage::eUInt16, 5, 4, 3, 1);
+    MakeRandom(cIn2, ClImage::eUInt8, 5, 4, 1, 2);
+    ClRefusing cRefusing;
+    cRefusing.m_bSizeMustBeEqual = false;
+    cRefusing.m_nOffsetX = 1;
+    cRefusing.m_nOffsetY = -1;
+    EXPECT_EQ(-7, cRefusing.ApplyParam(cIn1, cIn2, cIn1, ClImage::eSInt8));
+    EXPECT_EQ(6, cIn1.m_nWidth);
+    EXPECT_EQ(5, cIn1.m_nHeight);
+    EXPECT_EQ(ClImage::eSInt8, cIn1.m_eDataType);
+    const long anExpected[] = {4, 3, 3, 1, 3, 16, 8, 8, 3 + 20, 20};
+    for (int i = 0; i < 10; ++i)
+    {
+        EXPECT_EQ(anExpected[i], cRefusing.m_anArguments[i]) << i;
+    }
+}
+
+TEST(Ip2to1Base, ItsOwnValueIsZero)
+{
+    ClImage cIn(3, 2, 1, 0, 0), cOut;
+    FillRandom(cIn, 1);
+    EXPECT_EQ(0.0, ClPlain().GetValue(cIn, cIn, cOut, 3.0, 4.0));
+    EXPECT_EQ(0, ClPlain().ApplyParam(cIn, cIn, cOut, ClImage::eFloat32));
+    for (int x = 0; x < 6; ++x)
+    {
+        EXPECT_EQ(0.0f, SampleAt<float>(cOut, x % 3, x / 3));
+    }
+}
+
+TEST(Ip2to1Base, PublishesItsParametersInOrder)
+{
+    ClPlain cPlain;
+    ClImage cIn;
+    cPlain.m_pInImage1 = &cIn;
+    cPlain.m_nOutImageType = ClImage::eFloat32;
+    cPlain.m_bSizeMustBeEqual = false;
+    cPlain.m_dFillColor = 12.5;
+    cPlain.m_nOffsetX = -3;
+    cPlain.m_nOffsetY = 4;
+    ClParameterContainer cContainer;
+    cPlain.QueryParameters(cContainer);
+    const char* aszNames[] = {"pInImage1",       "pInImage2", "pOutImage", "OutImageType",
+                              "SizeMustBeEqual", "FillColor", "OffsetX",   "OffsetY"};
+    ASSERT_EQ(std::size(aszNames), cContainer.m_aChildren.Entries());
+    for (unsigned long i = 0; i < std::size(aszNames); ++i)
+    {
+        EXPECT_STREQ(aszNames[i], cContainer.m_aChildren[i]->GetName());
+        EXPECT_EQ(ClParameter::eWritable | ClParameter::eReadable, int(cContainer.m_aChildren[i]->m_nFlags));
+    }
+    EXPECT_TRUE(cContainer.Find("pInImage1")->IsPointer());
+    const char* aszDefaults[] = {"default", "true", "0", "0", "0"};
+    const char* aszValues[] = {"float", "false", "12.5", "-3", "4"};
+    for (unsigned long i = 0; i < 5; ++i)
+    {
+        ClParameter* pParameter = cContainer.m_aChildren[3 + i];
+        EXPECT_FALSE(pParameter->IsDefault()) << aszNames[3 + i];
+        if (i != 2)
+        {
+            EXPECT_EQ(aszDefaults[i], pParameter->GetDefaultValue());
+            EXPECT_EQ(aszValues[i], pParameter->GetValue());
+        }
+    }
+    EXPECT_EQ(0.0, cContainer.Find("FillColor")->GetNumericInterface()->GetDefault());
+    EXPECT_EQ(12.5, cPlain.m_dFillColor);
+    EXPECT_EQ(&cIn, cPlain.m_pInImage1);
+    const struct
+    {
+        const char* szName;
+        int nValue;
+    } aTypes[] = {{"unsigned char", 1},  {"signed char", 129}, {"unsigned short", 2},
+                  {"signed short", 130}, {"unsigned int", 4},  {"signed int", 132},
+                  {"float", 196},        {"double", 200},      {"default", 255}};
+    ClParameterEnumInterface* pTypes = cContainer.Find("OutImageType")->GetEnumInterface();
+    ASSERT_EQ(std::size(aTypes), pTypes->GetValueNameCount());
+    for (unsigned long i = 0; i < std::size(aTypes); ++i)
+    {
+        char szName[32];
+        pTypes->GetValueName(i, szName, sizeof szName);
+        EXPECT_STREQ(aTypes[i].szName, szName);
+        cContainer.Find("OutImageType")->SetValue(aTypes[i].szName);
+        EXPECT_EQ(aTypes[i].nValue, cPlain.m_nOutImageType);
+    }
+    ClParameterEnumInterface* pEqual = cContainer.Find("SizeMustBeEqual")->GetEnumInterface();
+    ASSERT_EQ(2u, pEqual->GetValueNameCount());
+    char szName[32];
+    pEqual->GetValueName(0, szName, sizeof szName);
+    EXPECT_STREQ("true", szName);
+    pEqual->GetValueName(1, szName, sizeof szName);
+    EXPECT_STREQ("false", szName);
+    cContainer.Find("SizeMustBeEqual")->SetValue("true");
+    EXPECT_TRUE(cPlain.m_bSizeMustBeEqual);
+}
+
+TEST(Ip2to1Base, DefaultsAreSetForTheFiveValuesOnly)
+{
+    ClImage cImage;
+    ClPlain cPlain;
+    EXPECT_EQ(255, cPlain.m_nOutImageType);
+    EXPECT_FALSE(cPlain.m_bUseLUT);
+    cPlain.m_pInImage1 = cPlain.m_pInImage2 = cPlain.m_pOutImage = &cImage;
+    cPlain.m_nOutImageType = 1;
+    cPlain.m_bSizeMustBeEqual = false;
+    cPlain.m_dFillColor = 1.0;
+    cPlain.m_nOffsetX = 2;
+    cPlain.m_nOffsetY = 3;
+    cPlain.m_nOverlapWidth = 4;
+    cPlain.m_bUseLUT = true;
+    cPlain.SetParametersToDefault();
+    EXPECT_EQ(255, cPlain.m_nOutImageType);
+    EXPECT_TRUE(cPlain.m_bSizeMustBeEqual);
+    EXPECT_EQ(0.0, cPlain.m_dFillColor);
+    EXPECT_EQ(0, cPlain.m_nOffsetX);
+    EXPECT_EQ(0, cPlain.m_nOffsetY);
+    EXPECT_EQ(&cImage, cPlain.m_pInImage1);
+    EXPECT_EQ(&cImage, cPlain.m_pOutImage);
+    EXPECT_EQ(4, cPlain.m_nOverlapWidth);
+    EXPECT_TRUE(cPlain.m_bUseLUT);
+}
