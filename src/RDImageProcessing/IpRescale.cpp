@@ -309,7 +309,7 @@ long ClIpRescale::Process()
         *m_pOutImage = cIn;
         return FPC_SUCCESS;
     }
-    if (cIn.Data() == nullptr)
+    if (cIn.Data() == nullptr || cIn.Stride() < cIn.m_nWidth) // rows of no plane, or that 32 bits cannot tell
     {
         return FPC_ERROR_BITMAP_PTR;
     }
@@ -331,9 +331,9 @@ long ClIpRescale::Process()
         }
         break;
     case ModeNearestNeighbour:
-    case ModeBiLinear: break;
+    case ModeBiLinear:
     case ModeBiCubic:
-    case ModeBiLinearFantMar: return FPC_ERROR_UNSUPPORTED_FEATURE;
+    case ModeBiLinearFantMar: break;
     default: return FPC_SUCCESS; // no mode at all does nothing
     }
     if (bPlanes)
@@ -354,6 +354,8 @@ void ClIpRescale::ProcessOnePlane()
     {
     case ModeWholeNumbered: ProcessWholeNumbered(); break;
     case ModeNearestNeighbour: ProcessNearestNeighbour(); break;
+    case ModeBiCubic: ProcessBiCubic(); break;
+    case ModeBiLinearFantMar: ProcessBiLinearFant(); break;
     default: BiLinear(); break;
     }
     cHeld.m_pOut->Swap(*m_pOutImage);

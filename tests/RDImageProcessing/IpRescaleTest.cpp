@@ -785,21 +785,6 @@ TEST(IpRescale, WholeNumbersNeedResolutions)
     EXPECT_EQ(FPC_ERROR_INTERNAL, cRescale.ApplyParam(cColour, cOut, ClIpRescale::ModeWholeNumbered));
 }
 
-TEST(IpRescale, ModesThatAreNotAvailableAreReturned)
-{
-    for (const int nPlanes : {1, 3})
-    {
-        ClImage cIn(20, 20, nPlanes, 19685, 19685);
-        FillRandom(cIn, 20);
-        ClImage cOut;
-        ClIpRescale cRescale;
-        for (const Mode_t eMode : {ClIpRescale::ModeBiCubic, ClIpRescale::ModeBiLinearFantMar})
-        {
-            EXPECT_EQ(FPC_ERROR_UNSUPPORTED_FEATURE, cRescale.ApplyParamPels(cIn, cOut, 3937, 3937, eMode));
-        }
-    }
-}
-
 TEST(IpRescale, AModeThatIsNoneDoesNothing)
 {
     ClImage cIn;
