@@ -325,17 +325,27 @@ TEST(IpBinarizeAutoThresholdLocal, RelaxationOfAFlatImageIsWhite)
 
 TEST(IpBinarizeAutoThresholdLocal, RelaxationStartsItsExtremesAtTheFirstPixel)
 {
-    // Far away from the first pixel all is 100. With a brighter first pixel nothing tells the pixels there apart, and
-    // they become white; a darker one makes them the bright end of a range, equal to their mean: p and q are one half.
-    for (const int nFirst : {50, 200})
+    ClImage acOut[2];
+    for (const bool bBright : {false, true})
     {
-        ClImage cIn, cOut, cExpected;
-        FillCounts(cIn, {{nFirst, 1}, {100, 59}});
+        ClImage cIn, cExpected;
+        FillDisc(cIn, 40, 34, 40, 12);
+        cIn.Data()[0] = bBright ? 255 : 0;
         cExpected.New(cIn);
         ClRelaxationByDefinition(cIn).Run(cExpected);
-        ASSERT_EQ(FPC_SUCCESS, Auto().ApplyParam(cIn, cOut, Auto::ModeRelaxation));
-        EXPECT_TRUE(SamePixels(cExpected, cOut)) << nFirst;
+        ASSERT_EQ(FPC_SUCCESS, Auto().ApplyParam(cIn, acOut[bBright], Auto::ModeRelaxation));
+        EXPECT_TRUE(SamePixels(cExpected, acOut[bBright]));
     }
+    // One pixel in the corner tells on pixels far beyond the 21 by 21 around it.
+    int nFarDifferences = 0;
+    for (int y = 22; y < 34; ++y)
+    {
+        for (int x = 22; x < 40; ++x)
+        {
+            nFarDifferences += Row<unsigned char>(acOut[0], y)[x] != Row<unsigned char>(acOut[1], y)[x] ? 1 : 0;
+        }
+    }
+    EXPECT_LT(0, nFarDifferences);
 }
 
 TEST(IpBinarizeAutoThresholdLocal, EveryModeTellsThatMemoryIsExhausted)

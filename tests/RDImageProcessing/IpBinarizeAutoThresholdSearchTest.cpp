@@ -282,6 +282,11 @@ TEST(IpBinarizeAutoThresholdSearch, JohannsenFindsNothingInOneOrTwoValues)
     EXPECT_EQ(78, ThresholdOf({{77, 30}, {78, 1}, {200, 4}}, Auto::ModeJohannsen));
 }
 
+TEST(IpBinarizeAutoThresholdSearch, JohannsenTakesTheFirstOfEqualMinima)
+{
+    EXPECT_EQ(60, ThresholdOf({{50, 1}, {60, 3}, {70, 3}, {80, 1}}, Auto::ModeJohannsen)); // 70 mirrors 60
+}
+
 TEST(IpBinarizeAutoThresholdSearch, NoThresholdBinarizesAt255)
 {
     ClImage cIn, cOut, cExpected;

@@ -1,5 +1,6 @@
 #include "RDImageProcessing/IpFilterMidRotating.hpp"
 
+#include "FailingHeap.hpp"
 #include "RDImageProcessing/IpFilterMid.hpp"
 #include "RDTools/Exception.hpp"
 #include "RDTools/ParameterContainer.hpp"
@@ -838,4 +839,21 @@ TEST(IpFilterMidRotating, TheDistanceToTheLocalMeanIsNotOffered)
     FillRandom8(cIn, 12, 13, 1);
     EXPECT_EQ(FPC_ERROR_UNSUPPORTED_FEATURE,
               ClIpFilterMidRotating().ApplyParam(cIn, cOut, 9, ClIpFilterMidRotating::ModeLocalMinDistanceToAverage));
+}
+
+TEST(IpFilterMidRotating, EveryModeTellsThatMemoryIsExhausted)
+{
+    for (const int nMode : {1, 2, 3})
+    {
+        ClImage cIn;
+        FillRandom8(cIn, 12, 13, 1);
+        const long nFailed = ExpectBadAllocAtEveryAllocation(
+            [&cIn, nMode]
+            {
+                ClImage cOut;
+                ClIpFilterMidRotating().ApplyParam(cIn, cOut, 9,
+                                                   static_cast<ClIpFilterMidRotating::EVarianceMode>(nMode));
+            });
+        EXPECT_LT(5, nFailed); // three images and the arrays of the search
+    }
 }

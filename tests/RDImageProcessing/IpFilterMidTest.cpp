@@ -1,5 +1,6 @@
 #include "RDImageProcessing/IpFilterMid.hpp"
 
+#include "FailingHeap.hpp"
 #include "MidFilterDefinitions.hpp"
 #include "RDTools/Exception.hpp"
 #include "TestTools.hpp"
@@ -703,5 +704,28 @@ TEST(IpFilterMid, AWidthThatShrinksOnTheThirdPlaneIsSmallForTheOthers)
         TypedPassByDefinition<short>(cPlane, true, i == 2 ? 5 : 2, cBetween); // 3 rows leave a width of 2
         TypedPassByDefinition<short>(cBetween, false, i == 2 ? 5 : 2, cExpected);
         EXPECT_TRUE(SamePixels(cExpected, cActual)) << i;
+    }
+}
+
+TEST(IpFilterMid, EveryPassTellsThatMemoryIsExhausted)
+{
+    for (const unsigned char eType : {ClImage::eUInt8, ClImage::eSInt16, ClImage::eDouble64})
+    {
+        for (const int nPlanes : {1, 3})
+        {
+            for (const long nMode : {1L, 2L, 3L})
+            {
+                ClImage cIn;
+                cIn.NewWithType(eType, 9, 8, nPlanes, 0, 0);
+                FillRandom(cIn, 28);
+                const long nFailed = ExpectBadAllocAtEveryAllocation(
+                    [&cIn, nMode]
+                    {
+                        ClImage cOut;
+                        ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 5, nMode);
+                    });
+                EXPECT_LT(1, nFailed);
+            }
+        }
     }
 }
