@@ -4,9 +4,8 @@
 
 /// The absolute difference of two images, |a - b|, within the output's range from black to white.
 /// Values  worked out in a signed type that is wider than the samples of input 1: short for 8 bits, int for 16, long
-/// for
-///         32, double for floating point. Samples of input 2 are converted to it, a fraction is lost then, and what
-///         does not fit wraps around.
+///         for 32, double for floating point. Samples of input 2 are converted to it, a fraction is lost then, and
+///         what does not fit wraps around.
 /// The rest is told at ClIp2to1Base.
 class ClIpDelta : public ClIp2to1Base
 {

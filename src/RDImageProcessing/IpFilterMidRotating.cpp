@@ -1,6 +1,8 @@
 #include "RDImageProcessing/IpFilterMidRotating.hpp"
 
 #include "RDImageProcessing/BoxSums.hpp"
+#include "RDImageProcessing/Ip1to1Base.hpp"
+#include "RDImageProcessing/IpDelta.hpp"
 #include "RDImageProcessing/IpFilterMid.hpp"
 #include "RDTools/Exception.hpp"
 #include "RDTools/ParameterContainer.hpp"
@@ -314,10 +316,6 @@ long ClIpFilterMidRotating::ProcessXY()
 
 long ClIpFilterMidRotating::DeviationFromLocalMean(int nMask)
 {
-    if (m_eVarMode == ModeLocalMinDistanceToAverage)
-    {
-        return FPC_ERROR_UNSUPPORTED_FEATURE;
-    }
     ClIpFilterMid cMid;
     cMid.Timer(IsTimerEnabled());
     ClImage cAvg;
@@ -326,7 +324,14 @@ long ClIpFilterMidRotating::DeviationFromLocalMean(int nMask)
     {
         return nFailure;
     }
-    CalculateDeviationByte(cAvg, *m_pInImage, nMask, cDev);
+    if (m_eVarMode == ModeLocalMaskDeviation)
+    {
+        CalculateDeviationByte(cAvg, *m_pInImage, nMask, cDev);
+    }
+    else if (const long nFailure = CalculateMinDistanceToAverage(cAvg, *m_pInImage, nMask, cDev))
+    {
+        return nFailure;
+    }
     TraceImageByte(cDev);
     m_pOutImage->New(cDev);
     FindMinimum<unsigned char, unsigned char, ClConvertFloat>(cDev, cAvg, nMask, *m_pOutImage);
@@ -358,6 +363,20 @@ long ClIpFilterMidRotating::ProcessSignedXY()
         LocalDeviation<signed char, signed char, float, ClConvertFloat>(*m_pInImage, nMask, *m_pOutImage);
     }
     return FPC_SUCCESS;
+}
+
+long ClIpFilterMidRotating::CalculateMinDistanceToAverage(ClImage& cAvg, ClImage& cIn, int nMask, ClImage& cDev)
+{
+    ClIpDelta cDelta;
+    cDelta.Timer(IsTimerEnabled());
+    ClImage cDistance;
+    if (const long nFailure = cDelta.ApplyParam(cAvg, cIn, cDistance, ClIp1to1Base::nTypeOfInput))
+    {
+        return nFailure;
+    }
+    ClIpFilterMid cMid;
+    cMid.Timer(IsTimerEnabled());
+    return cMid.ApplyParam(cDistance, cDev, nMask);
 }
 
 void ClIpFilterMidRotating::CalculateDeviationByte(const ClImage& cAvg, const ClImage& cIn, int nMask, ClImage& cDev)

@@ -39,7 +39,6 @@ struct ClConvertFloat
 ///         m (F = 7) a mask is m + 1 wide, but its sums are divided by m * m inside the image, as it stands.
 /// Errors  -37 without images; -35 for an even F, for m = 2, for an unknown variance mode and for m above 15 in mode 2;
 ///         -14 if the image is smaller than F; -33 for other sample types and directions; ClExBadAlloc.
-///         ModeLocalMinDistanceToAverage is not offered by this version: FPC_ERROR_UNSUPPORTED_FEATURE (-103).
 /// Cost    Per pixel m * m absolute differences and two sliding minima.
 /// Thread  One object, one thread.
 class ClIpFilterMidRotating : public ClIpFilterBase
@@ -72,6 +71,8 @@ public:
     /// Mean absolute distance of the pixels of each mask to the mask's mean, truncated to its low byte. All images are
     /// 8-bit, cAvg has the size of cIn, cDev is made here.
     void CalculateDeviationByte(const ClImage& cAvg, const ClImage& cIn, int nMask, ClImage& cDev);
+    /// Mean, over each mask, of the distance of its pixels to their own local means. Images as above.
+    long CalculateMinDistanceToAverage(ClImage& cAvg, ClImage& cIn, int nMask, ClImage& cDev);
     /// Variance filter of one sample type: means, deviations and their minimum. Errors: -44 if cOut is cIn.
     template <class TIn, class TOut, class TMean, class TConvert>
     void LocalDeviation(const ClImage& cIn, int nMask, ClImage& cOut);
