@@ -94,7 +94,6 @@ void ClIpFourPrintSegmentation::CutFingerFromImage(cBoundingboxes& cBox, ClImage
     }
 }
 
-// The boxes come by value: it is part of the interface. NOLINTNEXTLINE(performance-unnecessary-value-param)
 void ClIpFourPrintSegmentation::CalculateBoxCoordinates(cBoundingboxes cResult, cBoundingboxes cOrigin, long& nLeft,
                                                         long& nRight, long& nBottom, long& nTop)
 {

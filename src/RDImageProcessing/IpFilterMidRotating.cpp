@@ -66,9 +66,9 @@ void SumMasks(const ClImage& cIn, int nHalf, RowTerm&& rowTerm, RowWhole&& rowWh
 {
     const int nWidth = cIn.m_nWidth;
     const int nHeight = cIn.m_nHeight;
-    const bool bAnyWhole = nWidth > 2 * nHalf;
     TpArrayStatic<Sum> aSums(static_cast<unsigned long>(nWidth));
     const Sum* const pSums = aSums.m_pData;
+    const bool bAnyWhole = pSums != nullptr && nWidth > 2 * nHalf;
     for (int y = nHalf; bAnyWhole && y < nHeight - nHalf; ++y)
     {
         SumWholeMasks<T>(cIn, nHalf, y, rowTerm(y), aSums.m_pData);

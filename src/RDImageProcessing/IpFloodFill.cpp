@@ -170,7 +170,7 @@ void ClIpFloodFill::BoundingBoxFill(ClImage& cImage)
     StBoundingBox& cBox = m_pBoundingBox != nullptr ? *m_pBoundingBox : cUnwanted;
     cBox = {m_nStartX, m_nStartY, m_nStartX, m_nStartY, 1};
     FillFromStart(cImage,
-                  [&](unsigned char* pRow, long nFirst, long nLast)
+                  [&](const unsigned char* pRow, long nFirst, long nLast)
                   {
                       const long nRow = (pRow - cImage.Data()) / cImage.Stride();
                       cBox.nMinX = std::min(cBox.nMinX, nFirst);

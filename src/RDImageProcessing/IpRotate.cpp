@@ -256,7 +256,9 @@ ClIpRotate::StOutput ClIpRotate::PlanOutput()
     }
     const StOutput cPlan{CastSample<int>(dMaxX + 1.0 - dMinX), CastSample<int>(dMaxY + 1.0 - dMinY), Truncate(-dMinX),
                          Truncate(-dMinY)};
-    m_cCenterOut = ClVector(cPlan.nWidth / 2, cPlan.nHeight / 2);
+    const int nMiddleX = cPlan.nWidth / 2;
+    const int nMiddleY = cPlan.nHeight / 2;
+    m_cCenterOut = ClVector(nMiddleX, nMiddleY);
     return cPlan;
 }
 

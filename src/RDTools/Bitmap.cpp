@@ -388,7 +388,10 @@ void ClBitmap::CopyFrom(unsigned char* pBIH, unsigned char* pPixels, unsigned ch
 
 ClBitmap& ClBitmap::operator=(const ClBitmap& cOther)
 {
-    CopyFrom(cOther, true);
+    if (this != &cOther)
+    {
+        CopyFrom(cOther, true);
+    }
     return *this;
 }
 
