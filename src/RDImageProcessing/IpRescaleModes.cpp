@@ -192,7 +192,7 @@ void ClIpRescale::ProcessBiCubicFast()
     {
         aTaps.m_pData[x] = StTaps(x, m_pInImage->m_nWidth, m_nActWidth);
     }
-    BiCubic([&aTaps](int x) -> const StTaps& { return aTaps.m_pData[x]; });
+    BiCubic([&aTaps](int x) { return aTaps.m_pData[x]; });
 }
 
 void ClIpRescale::ProcessBiLinearFant()
