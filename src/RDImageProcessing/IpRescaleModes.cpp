@@ -192,7 +192,10 @@ void ClIpRescale::ProcessBiCubicFast()
     {
         aTaps.m_pData[x] = StTaps(x, m_pInImage->m_nWidth, m_nActWidth);
     }
-    BiCubic([&aTaps](int x) { return aTaps.m_pData[x]; });
+    if (aTaps.m_pData != nullptr)
+    {
+        BiCubic([pTaps = aTaps.m_pData](int x) { return pTaps[x]; });
+    }
 }
 
 void ClIpRescale::ProcessBiLinearFant()
