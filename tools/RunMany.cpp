@@ -39,15 +39,16 @@ struct ClOptions
 
 void PrintUsage(std::FILE* pTo)
 {
-    std::fprintf(pTo,
-                 "usage: run-many IMAGE.bmp [--runs N] [--mode 0|1]\n"
-                 "Cuts the image into its segments N times on one handle, 11 to 1000000 times, by default 100, and\n"
-                 "prints a table of one row: the peak of resident memory beyond what was resident with the picture\n"
-                 "loaded, in kilobytes and in bytes per pixel of the picture, and the bytes of the heap in use after\n"
-                 "run %ld and after the last. Mode is the \"SegmentationMode\", by default 0.\n"
-                 "Exit status: 0 within the limits; 1 if more heap is in use at the end than after run %ld, if the\n"
-                 "peak is above %.0f bytes per pixel, if a run fails or differs from the first; 2 wrong usage.\n",
-                 nSettledRun, nSettledRun, dMostBytesPerPixel);
+    std::fprintf(
+        pTo,
+        "usage: run-many IMAGE.bmp [--runs N] [--mode 0|1]\n"
+        "Cuts the image into its segments N times on one handle, 11 to 1000000 times, by default 100, and\n"
+        "prints a table of one row: the largest peak of resident memory in a run beyond what was resident before\n"
+        "it, in kilobytes and in bytes per pixel of the picture, and the bytes of the heap in use after\n"
+        "run %ld and after the last. Mode is the \"SegmentationMode\", by default 0.\n"
+        "Exit status: 0 within the limits; 1 if more heap is in use at the end than after run %ld, if the\n"
+        "peak is above %.0f bytes per pixel, if a run fails or differs from the first; 2 wrong usage.\n",
+        nSettledRun, nSettledRun, dMostBytesPerPixel);
 }
 
 // The whole text as a number between the limits, else -1.
@@ -131,12 +132,18 @@ double PixelsOf(const std::vector<std::uint8_t>& aFile)
     return static_cast<double>(cHeader.biWidth) * cHeader.biHeight;
 }
 
-// Only code and count come back: copies of the bitmaps, kept for longer, would count as memory of the library.
-void RunOnce(ClSlapRunner& cRunner, const std::vector<std::uint8_t>& aFile, long& nCode, long& nCount)
+// Returns the peak of resident memory beyond what was resident before, in bytes. The segments of the run before, which
+// the handles keep, are not counted again; what the allocator holds back is given to the system first. Only code and
+// count come back: copies of the bitmaps, kept for longer, would count as memory of the library.
+double RunOnce(ClSlapRunner& cRunner, const std::vector<std::uint8_t>& aFile, long& nCode, long& nCount)
 {
+    malloc_trim(0);
+    ResetPeak();
+    const double dBefore = ResidentBytes();
     const ClSlapRunResult cResult = cRunner.Run(aFile);
     nCode = cResult.m_nCode;
     nCount = cResult.m_nCount;
+    return PeakBytes() - dBefore;
 }
 
 int Measure(const ClOptions& cOptions)
@@ -144,12 +151,9 @@ int Measure(const ClOptions& cOptions)
     const std::vector<std::uint8_t> aFile = ReadWholeFile(cOptions.m_sImage);
     const double dPixels = PixelsOf(aFile);
     ClSlapRunner cRunner(cOptions.m_nMode);
-    ResetPeak();
-    const double dBefore = ResidentBytes();
-
     long nCode = 0;
     long nCount = 0;
-    RunOnce(cRunner, aFile, nCode, nCount);
+    double dPeak = RunOnce(cRunner, aFile, nCode, nCount);
     // More than two fingers is a whole run, too: the library finds and cuts them before it refuses them.
     if (nCode != FPC_SUCCESS && !(nCode == FPC_ERROR_PARAM_OUT_OF_RANGE && nCount > 2))
     {
@@ -163,12 +167,11 @@ int Measure(const ClOptions& cOptions)
     {
         long nNextCode = 0;
         long nNextCount = 0;
-        RunOnce(cRunner, aFile, nNextCode, nNextCount);
+        dPeak = std::max(dPeak, RunOnce(cRunner, aFile, nNextCode, nNextCount));
         bSame = bSame && nNextCode == nCode && nNextCount == nCount;
         if (nRun == nSettledRun) nSettled = HeapInUse();
     }
     const std::size_t nLast = HeapInUse();
-    const double dPeak = std::max(PeakBytes() - dBefore, 0.0);
 
     const std::string sName = cOptions.m_sImage.substr(cOptions.m_sImage.find_last_of('/') + 1);
     std::printf("%-24s %4s %7s %4s %5s %10s %11s %12s %12s\n", "picture", "mode", "runs", "code", "Count", "peak kB",
@@ -197,6 +200,8 @@ int main(int nArguments, char** aszArguments)
         PrintUsage(stderr);
         return eExitUsage;
     }
+    // Large blocks go back to the system as soon as they are freed, so that what is resident is what is in use.
+    mallopt(M_MMAP_THRESHOLD, 128 * 1024);
     try
     {
         return Measure(cOptions);
