@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -39,8 +38,7 @@ const ClRow g_aRows[] = {FPC_ERROR_CATALOGUE(CATALOGUE_ROW)};
 
 std::string HeaderText()
 {
-    const auto cFolder = std::filesystem::path(__FILE__).parent_path().parent_path() / "include";
-    std::ifstream cFile(cFolder / "VelmarinKormelinSegmentation.h");
+    std::ifstream cFile(KORMELIN_SOURCE_FOLDER "/include/VelmarinKormelinSegmentation.h");
     std::stringstream cText;
     cText << cFile.rdbuf();
     return cText.str();
