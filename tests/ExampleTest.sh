@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
-# usage: ExampleTest.sh SEGMENT MAKE_SLAP SAMPLE.bmp
+# usage: ExampleTest.sh SEGMENT FINGERS MAKE_SLAP SAMPLE.bmp
 # The example program, which knows only the public header and the shared library, as people use it: the sample, which is
 # the scene two-fingers, gives two whole BMP files and a line for each, around the fingers that are drawn in it. Wrong
 # usage ends with 2, an image that cannot be read or cut with 1, and the program says why.
 set -euo pipefail
 segment=$1
-make_slap=$2
-sample=$3
+fingers=$2
+make_slap=$3
+sample=$4
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
@@ -87,6 +88,24 @@ rm "$folder"/*.bmp
 run 0 --biggest -o "$folder" "$sample"
 [[ $out == *"two-fingers.bmp: 0: x 0 y 0 width 806 height 806 -> "* ]] || fail "not the biggest object: $out"
 is_bmp "$folder/two-fingers-0.bmp" 806 806
+
+# --- the C++ example finds the same fingers, and counts y from the top: picture height less upper edge
+height=$(number "$sample" 22 4)
+run 0 -o "$folder" "$sample"
+awk -v height="$height" '{ print "x " $4 " y " height - ($6 + $10) " width " $8 " height " $10 }' "$folder/out" >"$folder/in_c"
+"$fingers" "$sample" "$folder/finger" | sed 's/ -> .*//' >"$folder/in_cpp"
+diff "$folder/in_c" "$folder/in_cpp" || fail "the examples in C and in C++ differ"
+for index in 0 1; do
+    read -r width height < <(sed -n 2p "$folder/finger$index.pgm")
+    is_bmp "$folder/two-fingers-$index.bmp" "$width" "$height"
+    [ "$(stat -c %s "$folder/finger$index.pgm")" -eq $((width * height + $(head -n 3 "$folder/finger$index.pgm" | wc -c))) ] ||
+        fail "finger$index.pgm is not whole"
+done
+status=0
+errors=$("$fingers" "$folder/missing.bmp" "$folder/finger" 2>&1) || status=$?
+[[ $status -eq 1 && $errors == *missing.bmp*"cannot be read"* ]] || fail "fingers on a missing file: $status, $errors"
+"$fingers" 2>/dev/null && fail "fingers takes wrong usage"
+rm "$folder"/*.bmp "$folder"/*.pgm
 
 # --- failures
 run 1 "$folder/missing.bmp"

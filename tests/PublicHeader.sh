@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # usage: PublicHeader.sh CC CXX INCLUDE_FOLDER [README.md]
-# Every public header stands alone, in C99 and in C++, included twice, without one warning. The C examples of the read-me
-# compile with it.
+# Every public header stands alone, included twice, without one warning: *.h in C99 and C++, *.hpp in C++. The C example
+# of the read-me compiles with them.
 set -euo pipefail
 cc=$1
 cxx=$2
@@ -21,6 +21,14 @@ for header in "${headers[@]}"; do
         "$cxx" -std=$standard -pedantic -Wall -Wextra -Wconversion -Wshadow -Werror -fsyntax-only -I"$folder" -x c++ - <<<"$source"
     done
     echo "$name compiles as C99, C++11 and C++17"
+done
+for header in "$folder"/*.hpp; do
+    name=${header##*/}
+    source=$(printf '#include <%s>\n#include <%s>\n' "$name" "$name")
+    for standard in c++17 c++20; do
+        "$cxx" -std=$standard -pedantic -Wall -Wextra -Wconversion -Wshadow -Werror -fsyntax-only -I"$folder" -x c++ - <<<"$source"
+    done
+    echo "$name compiles as C++17 and C++20"
 done
 if [ $# -gt 3 ]; then
     example=$(sed -n '/^```c$/,/^```$/{/^```/d;p}' "$4")
