@@ -181,6 +181,13 @@ long ClIp1to1Base::ApplyParam(ClImage& cIn, ClImage& cOut, unsigned char eOutTyp
     return Apply();
 }
 
+void ClIp1to1Base::SetParametersToDefault()
+{
+    m_pInImage = nullptr;
+    m_pOutImage = nullptr;
+    m_eOutImageType = nTypeOfInput;
+}
+
 void ClIp1to1Base::PublishParameters(ClParameterContainer& cContainer)
 {
     PublishInOutImages(cContainer, &m_pInImage, &m_pOutImage);

@@ -27,7 +27,7 @@ public:
     long ApplyParam(ClImage& cImage); ///< in place
     long ApplyParam(ClImage& cIn, ClImage& cOut);
 
-    void SetParametersToDefault() override;
+    void SetParametersToDefault() override; ///< leaves the images alone
     void PublishParameters(ClParameterContainer& cContainer) override;
     using ClIpProcessorBase::QueryParameters;
 
@@ -57,6 +57,7 @@ public:
     long ApplyParam(ClImage& cImage); ///< in place, type unchanged
     long ApplyParam(ClImage& cIn, ClImage& cOut, unsigned char eOutType);
 
+    void SetParametersToDefault() override;
     void PublishParameters(ClParameterContainer& cContainer) override;
     using ClProcessorBase::QueryParameters;
 

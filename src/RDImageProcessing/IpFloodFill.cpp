@@ -84,6 +84,8 @@ private:
 
 void ClIpFloodFill::SetParametersToDefault()
 {
+    m_pInImage = nullptr;
+    m_pOutImage = nullptr;
     m_nCountThresh = 0;
     m_nFillColor = 0;
     m_nStartX = 0;

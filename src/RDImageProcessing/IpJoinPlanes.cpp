@@ -76,7 +76,9 @@ long ClIpJoinPlanes::ApplyParam(ClImage& cOut, ClImage* pPlane0, ClImage* pPlane
 
 void ClIpJoinPlanes::SetParametersToDefault()
 {
+    std::fill(std::begin(m_apInPlane), std::end(m_apInPlane), nullptr);
     std::fill(std::begin(m_adFillcolors), std::end(m_adFillcolors), std::numeric_limits<double>::quiet_NaN());
+    m_pOutImage = nullptr;
     m_eOutContent = ClImage::eUnknown;
     m_bFillEmptyPlanes = 1;
 }

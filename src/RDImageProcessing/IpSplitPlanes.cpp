@@ -2,7 +2,9 @@
 
 #include "RDTools/ParameterContainer.hpp"
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 long ClIpSplitPlanes::ApplyParam(ClImage& cIn, ClImage* pPlane0, ClImage* pPlane1, ClImage* pPlane2, ClImage* pPlane3)
 {
@@ -12,6 +14,12 @@ long ClIpSplitPlanes::ApplyParam(ClImage& cIn, ClImage* pPlane0, ClImage* pPlane
     m_apOutPlane[2] = pPlane2;
     m_apOutPlane[3] = pPlane3;
     return Apply();
+}
+
+void ClIpSplitPlanes::SetParametersToDefault()
+{
+    m_pInImage = nullptr;
+    std::fill(std::begin(m_apOutPlane), std::end(m_apOutPlane), nullptr);
 }
 
 void ClIpSplitPlanes::PublishParameters(ClParameterContainer& cContainer)

@@ -17,6 +17,7 @@ public:
     /// Any plane pointer may be null: that plane is passed over.
     long ApplyParam(ClImage& cIn, ClImage* pPlane0, ClImage* pPlane1, ClImage* pPlane2, ClImage* pPlane3);
 
+    void SetParametersToDefault() override;
     void PublishParameters(ClParameterContainer& cContainer) override;
     using ClProcessorBase::QueryParameters;
     ClProcessorBase* Create() override;

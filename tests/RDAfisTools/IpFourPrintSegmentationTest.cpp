@@ -1,7 +1,7 @@
 #include "FailingHeap.hpp"
 #include "FourPrintReference.hpp"
 #include "FourPrintTestTools.hpp"
-#include "RDTools/ParameterContainer.hpp"
+#include "RDImageProcessing/OperatorFacts.hpp"
 #include "TestTools.hpp"
 
 #include <gtest/gtest.h>
@@ -118,22 +118,25 @@ TEST(IpFourPrintSegmentation, MembersStartAsARunExpectsThem)
     EXPECT_EQ(0, c.m_nRotationDelta);
 }
 
-TEST(IpFourPrintSegmentation, PublishesItsTwoImages)
+TEST(IpFourPrintSegmentation, PublishesItsTwoImagesAndNothingElse)
 {
-    ClIpFourPrintSegmentation c;
-    ClParameterContainer cContainer;
-    c.QueryParameters(cContainer);
-    ClParameter* pIn = cContainer.GetFirstParameter();
-    ASSERT_NE(nullptr, pIn);
-    EXPECT_STREQ("pInImage", pIn->GetName());
-    EXPECT_EQ(1, pIn->m_nFlags);
-    ClParameter* pOut = cContainer.GetNextParameter(pIn);
-    ASSERT_NE(nullptr, pOut);
-    EXPECT_STREQ("pOutImage", pOut->GetName());
-    EXPECT_EQ(2, pOut->m_nFlags);
-    EXPECT_EQ(nullptr, cContainer.GetNextParameter(pOut));
-    EXPECT_EQ(&c.m_pInImage, pIn->GetParameterPtr());
-    EXPECT_EQ(&c.m_pOutImage, pOut->GetParameterPtr());
+    using Op = ClIpFourPrintSegmentation;
+    CheckOperator(FactsOf<Op>("ClIpFourPrintSegmentation", true,
+                              [](Op& c) -> Facts_t
+                              {
+                                  return {KeptImage("pInImage", &c.m_pInImage, 1),   // to be written only
+                                          KeptImage("pOutImage", &c.m_pOutImage, 2), // to be read only
+                                          Setting(&c.m_nFingers, 3),
+                                          Setting(&c.m_bReverseOrder, true),
+                                          Setting(&c.m_bKeepOrder, true),
+                                          Setting(&c.m_bSuccess, false),
+                                          Setting(&c.m_dScale, 5.0),
+                                          Setting(&c.m_dRotation, 1.5),
+                                          Setting(&c.m_bDebugImages, true),
+                                          Setting(&c.m_bCutFingers, false),
+                                          Setting(&c.m_bRefineFingers, false),
+                                          Setting(&c.m_nHand, 1)};
+                              }));
 }
 
 TEST(IpFourPrintSegmentation, CreatesAnotherOfItsKind)
