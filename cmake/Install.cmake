@@ -1,6 +1,7 @@
 # What `cmake --install` puts where, in three components:
 #   runtime       the shared library
 #   development   public headers, CMake package, pkg-config file, the core as a static library with its headers, examples
+#   python        the Python module over the shared library
 #   tools         programs for people
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -43,3 +44,9 @@ configure_file("${PROJECT_SOURCE_DIR}/cmake/velmarin-kormelin-segmentation.pc.in
     "${PROJECT_BINARY_DIR}/velmarin-kormelin-segmentation.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/velmarin-kormelin-segmentation.pc"
     DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
+
+# A prefix of its own keeps Python's modules where Python looks for them if it is told; Debian's interpreter looks in
+# dist-packages.
+set(KORMELIN_PYTHON_FOLDER "lib/python3/dist-packages" CACHE STRING "Where Python modules go, below the prefix")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/python/kormelin" DESTINATION "${KORMELIN_PYTHON_FOLDER}" COMPONENT python
+    FILES_MATCHING PATTERN "*.py")
