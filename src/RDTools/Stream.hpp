@@ -86,7 +86,7 @@ public:
     /// dropped. Errors: ClExStreamFailToWrite -202, no bits are pending then.
     void BitFlush();
     void ReadBitFlush(); ///< drops the rest of a partly read byte
-    /// The position in bits: of the next one to be written or read.
+    /// The position in bits of the next one to be written or read, where Pos can tell.
     unsigned long BitPos() const;
     /// BitFlush, then moves to a position in bits, to read or to write from there. Within a byte, Pos() is that byte.
     /// Returns 0, 6 if the stream cannot seek, or what Seek returned.
