@@ -508,7 +508,8 @@ bool ClBitmap::operator==(const ClBitmap& cOther) const
     {
         return true;
     }
-    const auto nUsed = static_cast<std::size_t>((std::int64_t(m_pBIH->biBitCount) * m_pBIH->biWidth + 7) >> 3);
+    const auto nUsed = static_cast<std::size_t>(
+        std::min((std::int64_t(m_pBIH->biBitCount) * m_pBIH->biWidth + 7) >> 3, std::int64_t(Stride())));
     for (long y = 0; y < m_pBIH->biHeight; ++y)
     {
         if (!SameBytes(Line(y), cOther.Line(y), nUsed))

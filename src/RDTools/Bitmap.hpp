@@ -168,6 +168,8 @@ public:
     /// usual one of the depth, red in the high bits. nUp: see ScaleUp; nDown: the factor for the way back, 16.16 bits.
     void GetMask(unsigned int nChannel, unsigned int& nShift, unsigned int& nMask, unsigned int& nUp,
                  unsigned int& nDown) const;
+    /// nUp and nDown of a mask of nBits ones.
+    static void MaskFactors(unsigned int nBits, unsigned int& nUp, unsigned int& nDown);
     /// A channel of a 16 or 32-bit pixel on a scale of 0 to 255.
     static unsigned int ScaleUp(unsigned int nPixel, unsigned int nMask, unsigned int nShift, unsigned int nUp)
     {
@@ -176,6 +178,42 @@ public:
     /// Whether all colours are grey: of the table up to 8 bits, else of the pixels. With bIdentity a table must
     /// moreover map each index to itself.
     bool IsGray(bool bIdentity) const;
+
+    /// The colour of a pixel, nY counted in memory order: its table entry up to 8 bits, else 0x00RRGGBB, under the
+    /// masks for 16 and 32 bits. An index behind the table is black, 0. Outside the bitmap, of another depth (2 bits
+    /// are read, too) and of a compressed bitmap: 0xffffffff. Errors: -10.
+    unsigned int GetPixel(long nX, long nY) const;
+    /// Gives a pixel the index of exactly this entry, or leaves it as it is if the table has none; packs 0x00RRGGBB
+    /// above 8 bits, for 16 and 32 bits in as few steps as the narrowest mask has, the other bits stay. No effect where
+    /// GetPixel gives 0xffffffff. Errors: -10.
+    void SetPixel(long nX, long nY, unsigned int nColour);
+
+    // Conversion to and from images of eUInt8. How an index, a mask or a missing alpha channel counts: ClBitmapColours.
+    // Errors of all: no header, or an area without pixels -10; compressed -31; a depth that is none of those -12; a
+    // negative size, or a row beyond 32 bits -14; -102.
+
+    /// A copy of the pixels: one plane if a table (up to 8 bits) is grey, the samples being the table's red bytes; four
+    /// planes, blue, green, red, alpha for 32 bits; blue, green, red otherwise. The bitmap's resolution.
+    void GetImage(ClImage& cOut) const;
+    /// One channel, 0 red, 1 green, 2 blue, 3 alpha, as a one-plane image with the bitmap's resolution. Errors
+    /// moreover: another channel -44.
+    void GetChannel(int nChannel, ClImage& cOut) const;
+    void GetRedChannel(ClImage& cOut) const { GetChannel(0, cOut); }
+    void GetGreenChannel(ClImage& cOut) const { GetChannel(1, cOut); }
+    void GetBlueChannel(ClImage& cOut) const { GetChannel(2, cOut); }
+    void GetAlphaChannel(ClImage& cOut) const { GetChannel(3, cOut); }
+    /// Writes an image of the bitmap's size into one channel, the others stay. Of a bitmap with a table each pixel gets
+    /// the index of exactly its new colour, or stays if the table has none. No effect on a channel that the bitmap has
+    /// not. Errors moreover: another channel -44; not one plane of eUInt8 -33; another size -14.
+    void SetChannel(int nChannel, const ClImage& cIn);
+    void SetRedChannel(const ClImage& cIn) { SetChannel(0, cIn); }
+    void SetGreenChannel(const ClImage& cIn) { SetChannel(1, cIn); }
+    void SetBlueChannel(const ClImage& cIn) { SetChannel(2, cIn); }
+    void SetAlphaChannel(const ClImage& cIn) { SetChannel(3, cIn); }
+    /// The three colours as by GetChannel, but with resolution 0.
+    void SplitChannels(ClImage& cRed, ClImage& cGreen, ClImage& cBlue) const;
+    /// Writes the three colours as by SetChannel, at once.
+    void JoinChannels(const ClImage& cRed, const ClImage& cGreen, const ClImage& cBlue);
 
     boost::shared_ptr<tagBITMAPINFOHEADER> m_pBIH; ///< the header, or null in an empty bitmap; always holds a count
     std::uint32_t* m_pPalette = nullptr;           ///< colour table or masks, or null; may be misaligned

@@ -32,6 +32,13 @@ std::int64_t ClBitmapLayout::HonestRowBytes(std::int64_t nBitCount, std::int64_t
     return (((nBitCount * nWidth + 7) >> 3) + 3) & ~std::int64_t(3);
 }
 
+bool ClBitmapLayout::IsHonest(const tagBITMAPINFOHEADER& cHeader)
+{
+    return cHeader.biWidth >= 0 && cHeader.biHeight >= 0 &&
+           HonestRowBytes(cHeader.biBitCount, cHeader.biWidth) ==
+               ClBitmap::RowBytes(cHeader.biBitCount, cHeader.biWidth);
+}
+
 std::size_t ClBitmapLayout::PixelBytes(const tagBITMAPINFOHEADER& cHeader)
 {
     const std::int64_t nRow = ClBitmap::RowBytes(cHeader.biBitCount, cHeader.biWidth);

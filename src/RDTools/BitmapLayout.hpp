@@ -23,6 +23,8 @@ public:
     static std::uint32_t* TableBehind(tagBITMAPINFOHEADER* pBI);
     /// Bytes from row to row without wrapping.
     static std::int64_t HonestRowBytes(std::int64_t nBitCount, std::int64_t nWidth);
+    /// Whether neither size is negative and a row fits 32 bits.
+    static bool IsHonest(const tagBITMAPINFOHEADER& cHeader);
     /// Bytes of the pixels that there are to copy, fill or compare; none if the size is negative.
     static std::size_t PixelBytes(const tagBITMAPINFOHEADER& cHeader);
     static bool HoldsPixels(const unsigned char* pDIB, unsigned long nSize); ///< see ClBitmap

@@ -1,5 +1,6 @@
 #include "RDTools/Bitmap.hpp"
 
+#include "RDTools/BitmapColours.hpp"
 #include "RDTools/BitmapLayout.hpp"
 #include "RDTools/SampleCast.hpp"
 
@@ -42,27 +43,29 @@ bool AreSamplesGray(const ClBitmap& cBitmap)
 /// Of 16 and 32-bit pixels, compared on the scale of 0 to 255, since the masks may differ in width.
 bool AreMaskedChannelsGray(const ClBitmap& cBitmap)
 {
-    unsigned int aShift[3], aMask[3], aUp[3], nDown;
-    for (unsigned int i = 0; i < 3; ++i)
-    {
-        cBitmap.GetMask(i, aShift[i], aMask[i], aUp[i], nDown);
-    }
-    const int nPixelBytes = cBitmap.m_pBIH->biBitCount / 8;
+    const ClBitmapColours cColours(cBitmap);
     for (int y = 0; y < cBitmap.m_pBIH->biHeight; ++y)
     {
         const unsigned char* p = cBitmap.Line(y);
-        for (int x = 0; x < cBitmap.m_pBIH->biWidth; ++x, p += nPixelBytes)
+        for (int x = 0; x < cBitmap.m_pBIH->biWidth; ++x)
         {
-            const auto nPixel = static_cast<unsigned int>(cBitmap.LongFromMem(p, nPixelBytes));
-            const unsigned int nRed = ClBitmap::ScaleUp(nPixel, aMask[0], aShift[0], aUp[0]);
-            if (nRed != ClBitmap::ScaleUp(nPixel, aMask[1], aShift[1], aUp[1]) ||
-                nRed != ClBitmap::ScaleUp(nPixel, aMask[2], aShift[2], aUp[2]))
+            const unsigned int nPixel = cColours.Read(p, x);
+            const unsigned char nRed = cColours.Channel(nPixel, ClBitmapColours::eRed);
+            if (nRed != cColours.Channel(nPixel, ClBitmapColours::eGreen) ||
+                nRed != cColours.Channel(nPixel, ClBitmapColours::eBlue))
             {
                 return false;
             }
         }
     }
     return true;
+}
+
+/// Whether there is such a pixel, and a way to read it.
+bool IsPixel(const ClBitmap& cBitmap, long nX, long nY)
+{
+    const tagBITMAPINFOHEADER& cHeader = cBitmap.Header();
+    return nX >= 0 && nY >= 0 && nX < cHeader.biWidth && nY < cHeader.biHeight && ClBitmapColours::Fault(cBitmap) == 0;
 }
 } // namespace
 
@@ -123,6 +126,11 @@ void ClBitmap::GetMask(unsigned int nChannel, unsigned int& nShift, unsigned int
     }
     unsigned int nBits;
     MaskData(static_cast<long>(nMask), nShift, nBits);
+    MaskFactors(nBits, nUp, nDown);
+}
+
+void ClBitmap::MaskFactors(unsigned int nBits, unsigned int& nUp, unsigned int& nDown)
+{
     const double dLargest = static_cast<double>((std::uint64_t(1) << nBits) - 1);
     nUp = CastSample<unsigned int>(nBits == 0 ? 0.0 : 16711680.0 / dLargest);
     nDown = CastSample<unsigned int>(dLargest * 257.00392156862745);
@@ -136,9 +144,50 @@ bool ClBitmap::IsGray(bool bIdentity) const
         return IsGrayTable(reinterpret_cast<const unsigned char*>(m_pPalette), ClBitmapLayout::TableEntries(cHeader),
                            bIdentity);
     }
-    if (ClBitmapLayout::PixelBytes(cHeader) == 0 || m_pPixels.get() == nullptr)
+    if (cHeader.biWidth == 0 || cHeader.biHeight == 0 || ClBitmapColours::Fault(*this) != 0)
     {
-        return true;
+        return true; // no pixel tells otherwise
     }
     return cHeader.biBitCount == 24 ? AreSamplesGray(*this) : AreMaskedChannelsGray(*this);
+}
+
+unsigned int ClBitmap::GetPixel(long nX, long nY) const
+{
+    if (!IsPixel(*this, nX, nY))
+    {
+        return 0xffffffff;
+    }
+    const ClBitmapColours cColours(*this);
+    const unsigned int nPixel = cColours.Read(Line(nY), static_cast<int>(nX));
+    if (cColours.HasTable())
+    {
+        return cColours.Entry(nPixel);
+    }
+    unsigned int nColour = 0;
+    for (unsigned int i = ClBitmapColours::eRed; i <= ClBitmapColours::eBlue; ++i)
+    {
+        nColour |= static_cast<unsigned int>(cColours.Channel(nPixel, i)) << ClBitmapColours::ByteShift(i);
+    }
+    return nColour;
+}
+
+void ClBitmap::SetPixel(long nX, long nY, unsigned int nColour)
+{
+    if (!IsPixel(*this, nX, nY))
+    {
+        return;
+    }
+    const ClBitmapColours cColours(*this);
+    unsigned char* pRow = Line(nY);
+    const int x = static_cast<int>(nX);
+    if (!cColours.HasTable())
+    {
+        cColours.Write(pRow, x, cColours.WithColour(cColours.Read(pRow, x), nColour));
+        return;
+    }
+    const long nIndex = cColours.IndexOf(nColour);
+    if (nIndex >= 0)
+    {
+        cColours.Write(pRow, x, static_cast<unsigned int>(nIndex));
+    }
 }
