@@ -1,0 +1,35 @@
+#pragma once
+
+#include "CanvasByDefinition.hpp"
+#include "RDImageProcessing/Ip2to1Base.hpp"
+
+/// An operator that tells its two arguments apart.
+class ClMix : public ClIp2to1Base
+{
+public:
+    ClProcessorBase* Create() override { return NewProcessor<ClMix>(); }
+    const char* Name() const override { return "ClMix"; }
+    double GetValue(ClImage&, ClImage&, ClImage&, double dValue1, double dValue2) override
+    {
+        ++m_nCalls;
+        return Value(dValue1, dValue2);
+    }
+    static double Value(double dValue1, double dValue2) { return 0.75 * dValue1 - 3.0 * dValue2 + 1.25; }
+
+    long m_nCalls = 0;
+};
+
+inline long double Mixed(long double a, long double b)
+{
+    return ClMix::Value(static_cast<double>(a), static_cast<double>(b));
+}
+
+inline ClMix MixShifted(ClTestShift cShift, double dFill = 0.0)
+{
+    ClMix cMix;
+    cMix.m_bSizeMustBeEqual = false;
+    cMix.m_dFillColor = dFill;
+    cMix.m_nOffsetX = cShift.nX;
+    cMix.m_nOffsetY = cShift.nY;
+    return cMix;
+}
