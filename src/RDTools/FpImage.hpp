@@ -163,7 +163,7 @@ private:
     X(eFloat32, float)                                                                                                 \
     X(eDouble64, double)
 
-/// Hands a sample type to a generic lambda: `using T = typename decltype(cTag)::Type`.
+/// Hands a sample type to a generic lambda, which takes it from the type of its argument.
 template <class T> struct TpSampleTag
 {
     using Type = T;
