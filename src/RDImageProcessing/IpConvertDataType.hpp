@@ -4,8 +4,9 @@
 
 /// Changes the sample type.
 /// Input   any sample type and number of planes.
-/// Output  the type m_eOutImageType with that type's range; the input's own type, asked for or by default, gives a deep
-///         copy with the input's range. May be the input itself.
+/// Output  the type m_eOutImageType with that type's range; 255, the default, is the type of the input. The input's
+/// type
+///         asked for by its own code gives a deep copy, range included. May be the input itself.
 /// Values  the number converted as CastSample does: not scaled to the new range, not clamped, not rounded.
 /// Errors  those of the frame; -101 for a type that is none of the eight.
 class ClIpConvertDataType : public ClIp1to1Base

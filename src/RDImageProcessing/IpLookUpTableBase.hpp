@@ -7,8 +7,9 @@
 /// Input   8-bit samples, up to four planes, which all go through the same table.
 /// Output  geometry, type, resolution and range of the input; may be the input, which then keeps its block. An output
 ///         of several planes is joined anew, with the range of its type.
-/// Errors  ClException -37 without input or output; -33 for samples of other than one byte, -10 without pixels;
-/// ClExBadAlloc. Cost    one look-up per sample.
+/// Errors  ClException -37 without input or output, and -35 for five planes; -33 for samples of other than one byte;
+///         -10 without pixels; -35 for planes whose content cannot be joined; ClExBadAlloc.
+/// Cost    one look-up per sample.
 class ClIpLookUpTableBase : public ClProcessorBase
 {
 public:
