@@ -1,6 +1,7 @@
 #include "RDTools/XChar.hpp"
 
 #include "RDTools/Exception.hpp"
+#include "RDTools/SystemError.hpp"
 
 #include <cerrno>
 #include <cstring>
@@ -19,12 +20,7 @@ constexpr std::size_t nMaxBytesPerWide = 6;
 
 [[noreturn]] void ThrowConversionError(int nError)
 {
-    if (nError == ENOMEM)
-    {
-        ThrowBadAlloc();
-    }
-    errno = nError;
-    throw ClExSystem("Conversions Error", szModule, __LINE__);
+    ThrowSystemError(nError, "Conversions Error", szModule, __LINE__);
 }
 
 /// One descriptor, closed on every way out.
