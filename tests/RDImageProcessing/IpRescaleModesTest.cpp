@@ -2,8 +2,7 @@
 
 #include "RDImageProcessing/IpRescale.hpp"
 
-#include "SampleAccess.hpp"
-#include "TestTools.hpp"
+#include "RescaleDefinitions.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -11,18 +10,12 @@
 #include <string>
 #include <vector>
 
+using namespace RescaleDefinitions;
+
 namespace
 {
-using Line_t = std::vector<int>;
-using Lines_t = std::vector<Line_t>;
-
-int At(const ClImage& cImage, int nX, int nY)
-{
-    return SampleAt<unsigned char>(cImage, nX, nY);
-}
-
 /// A random picture with an edge, so that kernels overshoot.
-void FillPicture(ClImage& cImage, int nWidth, int nHeight, unsigned int nSeed)
+void FillWithEdge(ClImage& cImage, int nWidth, int nHeight, unsigned int nSeed)
 {
     cImage.NewWithType(ClImage::eUInt8, nWidth, nHeight, 1, 19685, 19685);
     FillRandom(cImage, nSeed);
@@ -31,98 +24,6 @@ void FillPicture(ClImage& cImage, int nWidth, int nHeight, unsigned int nSeed)
         for (int x = 0; x < nWidth; ++x)
         {
             SetSample(cImage, x, y, 0, static_cast<unsigned char>(x < nWidth / 2 ? 0 : 255));
-        }
-    }
-}
-
-int BiCubicByDefinition(const ClImage& cIn, int x, int y, int nNewWidth, int nNewHeight, double a)
-{
-    const double px = double(x) * cIn.m_nWidth / nNewWidth;
-    const double py = double(y) * cIn.m_nHeight / nNewHeight;
-    double dSum = 0.0;
-    double dWeights = 0.0;
-    for (int v = int(std::floor(py)) - 1; v <= int(std::floor(py)) + 2; ++v)
-    {
-        for (int u = int(std::floor(px)) - 1; u <= int(std::floor(px)) + 2; ++u)
-        {
-            const int n = v * cIn.m_nWidth + u;
-            if (n < 0 || n > cIn.m_nWidth * cIn.m_nHeight - 1)
-            {
-                continue;
-            }
-            const double s = (px - u) * (px - u) + (py - v) * (py - v);
-            double w = 0.0;
-            if (s < 2.0)
-            {
-                w = ((a + 2) * std::sqrt(s) - (a + 3)) * s + 1;
-            }
-            else if (s < 4.0)
-            {
-                w = (std::sqrt(s) * (s + 8) - 5 * s) * a - 4 * a;
-            }
-            dSum += w * At(cIn, n % cIn.m_nWidth, n / cIn.m_nWidth);
-            dWeights += w;
-        }
-    }
-    if (dWeights != 0.0)
-    {
-        dSum /= dWeights;
-    }
-    return int(std::min(std::max(dSum, 0.0), 255.0));
-}
-
-/// One line by pieces: each ends at the next whole source place, in 4096 parts, or at the end of the pixel.
-Line_t FantByDefinition(const Line_t& aIn, int nOut)
-{
-    const long nStep = std::max<long>(long(aIn.size()) * 4096 / nOut, 1);
-    const auto sample = [&aIn](long i) { return long(aIn[std::min<std::size_t>(std::size_t(i), aIn.size() - 1)]); };
-    Line_t aOut;
-    for (long k = 0; k < nOut; ++k)
-    {
-        std::vector<long> aCuts = {k * nStep};
-        for (long n = k * nStep + 1; n < (k + 1) * nStep; ++n)
-        {
-            if (n % 4096 == 0)
-            {
-                aCuts.push_back(n);
-            }
-        }
-        aCuts.push_back((k + 1) * nStep);
-        long nSum = 0;
-        for (std::size_t i = 0; i + 1 < aCuts.size(); ++i)
-        {
-            const long nFraction = aCuts[i] % 4096;
-            const long nValue = sample(aCuts[i] / 4096) * (4096 - nFraction) + sample(aCuts[i] / 4096 + 1) * nFraction;
-            nSum += nValue * (aCuts[i + 1] - aCuts[i]);
-        }
-        aOut.push_back(int(nSum / (nStep * 4096)));
-    }
-    return aOut;
-}
-
-void FantByDefinition(const ClImage& cIn, int nNewWidth, int nNewHeight, ClImage& cOut)
-{
-    Lines_t aRows;
-    for (int y = 0; y < cIn.m_nHeight; ++y)
-    {
-        Line_t aRow;
-        for (int x = 0; x < cIn.m_nWidth; ++x)
-        {
-            aRow.push_back(At(cIn, x, y));
-        }
-        aRows.push_back(FantByDefinition(aRow, nNewWidth));
-    }
-    for (int x = 0; x < nNewWidth; ++x)
-    {
-        Line_t aColumn;
-        for (const Line_t& aRow : aRows)
-        {
-            aColumn.push_back(aRow[std::size_t(x)]);
-        }
-        aColumn = FantByDefinition(aColumn, nNewHeight);
-        for (int y = 0; y < nNewHeight; ++y)
-        {
-            SetSample(cOut, x, y, 0, static_cast<unsigned char>(aColumn[std::size_t(y)]));
         }
     }
 }
@@ -147,7 +48,7 @@ template <class Fn> void ForEachScaling(Fn&& fn)
         SCOPED_TRACE(std::to_string(c.nWidth) + " by " + std::to_string(c.nHeight) + " to " +
                      std::to_string(c.nNewWidth) + " by " + std::to_string(c.nNewHeight));
         ClImage cIn, cExpected;
-        FillPicture(cIn, c.nWidth, c.nHeight, nSeed++);
+        FillWithEdge(cIn, c.nWidth, c.nHeight, nSeed++);
         cExpected.NewWithType(ClImage::eUInt8, c.nNewWidth, c.nNewHeight, 1, c.nNewWidth * 19685 / c.nWidth,
                               c.nNewHeight * 19685 / c.nHeight);
         fn(cIn, cExpected, c);
@@ -199,7 +100,7 @@ TEST(IpRescaleModes, BiCubicWeighsFourByFourSamplesRadially)
 TEST(IpRescaleModes, APositiveKernelParameterIsNegatedForGood)
 {
     ClImage cIn, cFast, cExact;
-    FillPicture(cIn, 20, 15, 1);
+    FillWithEdge(cIn, 20, 15, 1);
     ClIpRescale cRescale;
     cRescale.m_dConvParameter1 = 0.5;
     EXPECT_EQ(0, cRescale.ApplyParamSize(cIn, cFast, 33, 8, ClIpRescale::ModeBiCubic));
@@ -228,7 +129,7 @@ TEST(IpRescaleModes, BiCubicTakesASampleOffTheEndOfARowFromTheNextRow)
 TEST(IpRescaleModes, AKernelParameterThatIsNotANumberGivesBlack)
 {
     ClImage cIn, cOut;
-    FillPicture(cIn, 8, 8, 1);
+    FillWithEdge(cIn, 8, 8, 1);
     for (const double a : {std::numeric_limits<double>::quiet_NaN(), -std::numeric_limits<double>::infinity()})
     {
         ClIpRescale cRescale;
@@ -357,7 +258,7 @@ TEST(IpRescaleModes, TheTimerIsToldOfEachResampling)
 {
     ClLabels cLabels;
     ClImage cIn, cOut;
-    FillPicture(cIn, 9, 7, 1);
+    FillWithEdge(cIn, 9, 7, 1);
     ClIpRescale cRescale;
     cRescale.m_pTimer = &cLabels;
     EXPECT_EQ(0, cRescale.ApplyParamSize(cIn, cOut, 5, 5, ClIpRescale::ModeBiLinearFantMar));
@@ -375,7 +276,7 @@ TEST(IpRescaleModes, TheOutputMayBeTheInputAndKeepsItsSign)
     for (const auto eMode : {ClIpRescale::ModeBiCubic, ClIpRescale::ModeBiLinearFantMar})
     {
         ClImage cIn, cOut, cInPlace, cSigned;
-        FillPicture(cIn, 21, 17, 4);
+        FillWithEdge(cIn, 21, 17, 4);
         EXPECT_EQ(0, ClIpRescale().ApplyParamPels(cIn, cOut, 9842, 30000, eMode));
         EXPECT_EQ(11, cOut.m_nWidth); // 21 * 9842 / 19685 is 10.4995
         EXPECT_EQ(26, cOut.m_nHeight);
