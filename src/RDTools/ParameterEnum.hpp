@@ -48,6 +48,13 @@ protected:
 void PrintEnumValue(long nValue, bool bPointer, char (&szText)[32]);
 unsigned long CopyValueName(const char* szName, char* szBuffer, unsigned long nSize);
 
+/// One row of a table of names that stands in the code.
+struct StEnumName
+{
+    long nValue;
+    const char* szName;
+};
+
 /// A value chosen from a table of names: an enumeration, a boolean with named values, or a pointer. Names are compared
 /// without regard to case.
 template <class T, class Base>
@@ -104,6 +111,15 @@ public:
         cEntry.m_Value = value;
         ClParameterBase::SetString(&cEntry.m_szName, szName == nullptr ? "" : szName);
         m_aMap.Add(cEntry);
+    }
+
+    /// A whole table in its order. Errors: as above, the rows before stay.
+    template <unsigned long nCount> void AddValues(const StEnumName (&aNames)[nCount])
+    {
+        for (const StEnumName& cName : aNames)
+        {
+            AddValue(FromLong(cName.nValue), cName.szName);
+        }
     }
 
     virtual void RemoveValue(const char* szName) { RemoveEntry(IndexOf(szName)); }

@@ -57,6 +57,19 @@ TEST_F(ParameterEnum, NamesAreFoundWithoutRegardToCase)
     EXPECT_EQ("Middle", m_cShade.GetDefaultValue());
 }
 
+TEST_F(ParameterEnum, AWholeTableKeepsItsOrder)
+{
+    static constexpr StEnumName aMore[] = {{7, "Glaring"}, {2, "Dim"}};
+    m_cShade.AddValues(aMore);
+    ASSERT_EQ(5u, m_cShade.GetValueNameCount());
+    EXPECT_STREQ("Glaring", m_cShade.m_aMap[3].m_szName);
+    EXPECT_STREQ("Dim", m_cShade.m_aMap[4].m_szName);
+    m_cShade.SetValue("dim");
+    EXPECT_EQ(static_cast<EShade>(2), m_eShade);
+    EXPECT_RAISES(m_cShade.AddValues(aMore), ClExVelmarin, FPC_ERROR_PARAM_VALUE_DUPLICATE,
+                  ClExVelmarin(FPC_ERROR_PARAM_VALUE_DUPLICATE, "", 0).What());
+}
+
 TEST_F(ParameterEnum, TextsOutsideTheTableAreRefused)
 {
     EXPECT_RAISES(m_cShade.SetValue("Grey"), ClExRange, FPC_ERROR_PARAM_OUT_OF_RANGE,
