@@ -4,7 +4,9 @@
 
 /// Turns a grey image into a black and white one, finding the threshold from the image itself.
 /// Input   eUInt8, one plane.
-/// Output  the input's geometry, resolution, content and range; 0 below the threshold, 255 from it on.
+/// Output  the input's geometry, resolution, content and range; black of that range below the threshold, white from it
+///         on (moving averages and relaxation: 0 and 255). A range without the threshold leaves the samples
+///         undetermined, with a result of 0.
 /// Values  The fuzzy methods search the threshold at which the fuzziness of the membership of all pixels in a dark and
 ///         a bright class is smallest, measured by Shannon's entropy or by Yager's measure, and then take the emptiest
 ///         three neighbouring grey values near it (L. K. Huang and M. J. Wang, Image thresholding by minimizing the
@@ -13,7 +15,8 @@
 ///         J. Illingworth, 1986) two normal distributions, Otsu's the variances within the classes. Moving averages
 ///         follow a serpentine walk, and relaxation lets neighbours decide together; these two have no threshold.
 /// Modes   A mode that is none of these leaves the samples undetermined, with a result of 0 and a threshold of -1.
-/// Errors  -11 for several planes; ClException -33 for another sample type; ClExBadAlloc.
+/// Errors  -11 for several planes; ClException -33 for another sample type and -701 without images or pixels;
+///         ClExBadAlloc.
 /// Cost    one pass for the histogram, a search over 256 values, one pass for the result. Relaxation costs 441 samples
 ///         per pixel and up to 100 passes over four matrices of doubles.
 class ClIpBinarizeAutoThreshold : public NewIpBase::ClIp1to1Base

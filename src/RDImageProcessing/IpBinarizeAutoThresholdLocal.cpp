@@ -1,6 +1,8 @@
 // The methods that decide pixel by pixel.
 
 #include "RDImageProcessing/IpBinarizeAutoThreshold.hpp"
+
+#include "RDImageProcessing/FillTools.hpp"
 #include "RDTools/TpArrayStatic.hpp"
 
 #include <algorithm>
@@ -229,6 +231,10 @@ private:
 
 void ClIpBinarizeAutoThreshold::thrdd(ClImage* pImage)
 {
+    if (!HasBytePerColumn(*pImage))
+    {
+        return;
+    }
     const int nWidth = pImage->m_nWidth;
     long nLeft = static_cast<long>(nWidth) * pImage->m_nHeight - 1; // the last pixel of the walk stays as it is
     const int N = static_cast<int>(nWidth * 0.125);
@@ -251,7 +257,7 @@ void ClIpBinarizeAutoThreshold::thrdd(ClImage* pImage)
 
 void ClIpBinarizeAutoThreshold::thr_relax(ClImage* pImage)
 {
-    if (pImage->m_nWidth > 0 && pImage->m_nHeight > 0)
+    if (HasBytePerColumn(*pImage) && pImage->m_nWidth > 0 && pImage->m_nHeight > 0)
     {
         ClRelaxation(*pImage).Run();
     }

@@ -3,6 +3,7 @@
 #include "FailingHeap.hpp"
 #include "RDImageProcessing/GreyPictures.hpp"
 #include "RDImageProcessing/IpBinarizeAutoThreshold.hpp"
+#include "RDImageProcessing/SampleAccess.hpp"
 
 #include <limits>
 
@@ -362,4 +363,35 @@ TEST(IpBinarizeAutoThresholdLocal, EveryModeTellsThatMemoryIsExhausted)
             });
         EXPECT_LT(0, nFailed) << nMode;
     }
+}
+
+TEST(IpBinarizeAutoThresholdLocal, EverySizeFollowsTheDefinitions)
+{
+    for (const ClTestSize& cSize : aTestSizes)
+    {
+        ClImage cIn, cOut, cExpected;
+        FillRandom8(cIn, cSize.nWidth, cSize.nHeight, 17);
+        SCOPED_TRACE(cSize.nWidth);
+        MovingAveragesByDefinition(cIn, cExpected); // narrow images: without a mean all is black
+        ASSERT_EQ(FPC_SUCCESS, Auto().ApplyParam(cIn, cOut, Auto::ModeMovingAverages));
+        EXPECT_TRUE(SamePixels(cExpected, cOut));
+        ClRelaxationByDefinition(cIn).Run(cExpected);
+        ASSERT_EQ(FPC_SUCCESS, Auto().ApplyParam(cIn, cOut, Auto::ModeRelaxation));
+        EXPECT_TRUE(SamePixels(cExpected, cOut));
+    }
+}
+
+TEST(IpBinarizeAutoThresholdLocal, TheMethodsThemselvesLeaveImagesWithoutPixels)
+{
+    unsigned char anUntouched[4] = {1, 2, 3, 4};
+    ClImage cEmpty, cNull, cNoPlane;
+    cNull.Attach(nullptr, ClImage::eUInt8, 9, 8, 1, 0, 0);
+    cNoPlane.Attach(anUntouched, ClImage::eUInt8, 9, 8, 0, 0, 0);
+    for (ClImage* pImage : {&cEmpty, &cNull, &cNoPlane})
+    {
+        Auto().thrdd(pImage);
+        Auto().thr_relax(pImage);
+    }
+    EXPECT_EQ(1, anUntouched[0]);
+    EXPECT_EQ(4, anUntouched[3]);
 }

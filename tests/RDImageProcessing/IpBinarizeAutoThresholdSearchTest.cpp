@@ -2,6 +2,7 @@
 
 #include "RDImageProcessing/GreyPictures.hpp"
 #include "RDImageProcessing/IpBinarizeAutoThreshold.hpp"
+#include "RDImageProcessing/SampleAccess.hpp"
 
 namespace
 {
@@ -312,4 +313,34 @@ TEST(IpBinarizeAutoThresholdSearch, OtsuSeparatesThreeValuesWhereTheGapIs)
 {
     // The dark class of 10 and 20 has the variance 25 times 2/3 of the pixels, that of 20 and 200 far more.
     EXPECT_EQ(20, ThresholdOf({{10, 5}, {20, 5}, {200, 5}}, Auto::ModeOtsu));
+}
+
+TEST(IpBinarizeAutoThresholdSearch, ThresholdsOfEverySize)
+{
+    for (const ClTestSize& cSize : aTestSizes)
+    {
+        for (const int nStep : {1, 16, 85})
+        {
+            ClImage cIn;
+            FillRandom8(cIn, cSize.nWidth, cSize.nHeight, static_cast<unsigned int>(nStep));
+            const int nBytes = cIn.Stride() * cIn.m_nHeight;
+            std::transform(cIn.Data(), cIn.Data() + nBytes, cIn.Data(),
+                           [nStep](int n) { return static_cast<unsigned char>(n - n % nStep); });
+            ExpectThresholds(cIn);
+        }
+    }
+}
+
+TEST(IpBinarizeAutoThresholdSearch, OneGreyValueHasNoThresholdOfJohannsen)
+{
+    ClImage cIn, cOut, cExpected;
+    for (const int nGrey : {0, 77, 254, 255})
+    {
+        FillCounts(cIn, {{nGrey, 20}});
+        Auto cBinarize;
+        ASSERT_EQ(FPC_SUCCESS, cBinarize.ApplyParam(cIn, cOut, Auto::ModeJohannsen));
+        EXPECT_EQ(-1, cBinarize.m_nThreshold);
+        FillCounts(cExpected, {{nGrey == 255 ? 255 : 0, 20}}); // binarised at 255
+        EXPECT_TRUE(SamePixels(cExpected, cOut)) << nGrey;
+    }
 }

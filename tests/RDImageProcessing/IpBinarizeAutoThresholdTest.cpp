@@ -1,10 +1,12 @@
 #include "RDImageProcessing/IpBinarizeAutoThreshold.hpp"
 
 #include "RDImageProcessing/GreyPictures.hpp"
+#include "RDImageProcessing/SampleAccess.hpp"
 #include "RDTools/Exception.hpp"
 #include "RDTools/ParameterContainer.hpp"
 
 #include <cstdlib>
+#include <limits>
 #include <memory>
 #include <string>
 
@@ -363,5 +365,74 @@ TEST(IpBinarizeAutoThreshold, FuzzyMethodsGiveUpWhereAMillionPixelsStand)
         EXPECT_EQ(nDark < 1000000 ? 100 : 255, cBinarize.m_nThreshold);
         ASSERT_EQ(FPC_SUCCESS, cBinarize.ApplyParam(cIn, cOut, Auto::ModeFuzzyYager));
         EXPECT_EQ(nDark < 1000000 ? 99 : 255, cBinarize.m_nThreshold);
+    }
+}
+
+TEST(IpBinarizeAutoThreshold, FuzzyThresholdsOfEverySize)
+{
+    for (const ClTestSize& cSize : aTestSizes)
+    {
+        ClImage cIn;
+        FillRandom8(cIn, cSize.nWidth, cSize.nHeight, 15);
+        ExpectFuzzyThresholds(cIn);
+        FillHills(cIn, cSize.nWidth, cSize.nHeight, 70, 190, 16);
+        ExpectFuzzyThresholds(cIn);
+    }
+}
+
+TEST(IpBinarizeAutoThreshold, RaisesWithoutImagesOrPixels)
+{
+    const std::string sDescription = std::string(ClException(FPC_ERROR_BAD_POINTER, false, "", 0).What()) + '\n';
+    Auto cBinarize;
+    EXPECT_RAISES(cBinarize.Apply(), ClException, FPC_ERROR_BAD_POINTER,
+                  (sDescription + "Input image not assigned").c_str());
+    ClImage cIn, cOut;
+    EXPECT_RAISES_CODE(cBinarize.ApplyParam(cIn, cOut), FPC_ERROR_FORMAT_NOTSUPPORTED); // an empty image has no type
+    for (int nMode = 0; nMode <= 9; ++nMode)
+    {
+        cBinarize.m_eProcessingMode = static_cast<Auto::eProcessingMode>(nMode);
+        for (const auto& [nWidth, nHeight] : {std::pair(0, 0), std::pair(9, 0), std::pair(0, 9)})
+        {
+            cIn.NewWithType(ClImage::eUInt8, nWidth, nHeight, 1, 0, 0);
+            EXPECT_RAISES(cBinarize.ApplyParam(cIn, cOut), ClException, FPC_ERROR_BAD_POINTER,
+                          (sDescription + "m_pInImage->Data() is not set").c_str());
+        }
+        FillRandom8(cIn, 9, 9, 1);
+        cBinarize.m_pOutImage = nullptr;
+        EXPECT_RAISES(cBinarize.Apply(), ClException, FPC_ERROR_BAD_POINTER,
+                      (sDescription + "m_pOutImage is not set").c_str());
+    }
+}
+
+TEST(IpBinarizeAutoThreshold, BlackAndWhiteAreThoseOfTheInput)
+{
+    ClImage cIn, cOut;
+    FillCounts(cIn, {{10, 7}, {20, 3}});
+    cIn.m_dBlack = 5;
+    cIn.m_dWhite = 40;
+    ASSERT_EQ(FPC_SUCCESS, Auto().ApplyParam(cIn, cOut, Auto::ModeOtsu)); // the threshold is 16
+    for (int x = 0; x < 10; ++x)
+    {
+        EXPECT_EQ(x < 7 ? 5 : 40, cOut.Data()[x]) << x;
+    }
+    EXPECT_TRUE(SameDescription(cIn, cOut));
+    ASSERT_EQ(FPC_SUCCESS, Auto().ApplyParam(cIn, cOut, Auto::ModeRelaxation));
+    for (int x = 0; x < 10; ++x)
+    {
+        EXPECT_EQ(x < 7 ? 0 : 255, cOut.Data()[x]) << x;
+    }
+}
+
+TEST(IpBinarizeAutoThreshold, ARangeWithoutTheThresholdIsNoFailure)
+{
+    for (const double dWhite : {40.0, std::numeric_limits<double>::quiet_NaN()})
+    {
+        ClImage cIn, cOut;
+        FillCounts(cIn, {{10, 7}});
+        cIn.m_dWhite = dWhite;
+        Auto cBinarize;
+        EXPECT_EQ(FPC_SUCCESS, cBinarize.ApplyParam(cIn, cOut, Auto::ModeFuzzyYager));
+        EXPECT_EQ(255, cBinarize.m_nThreshold);
+        EXPECT_EQ(7, cOut.m_nWidth);
     }
 }
