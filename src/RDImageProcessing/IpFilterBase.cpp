@@ -86,7 +86,7 @@ void ClIpFilterBase::ProcessMultiPlane()
 
 long ClIpFilterBase::DoProcess()
 {
-    if (m_pInImage == nullptr)
+    if (m_pInImage == nullptr || m_pOutImage == nullptr)
     {
         throw ClExVelmarin(FPC_ERROR_BITMAP_PTR, szModule, __LINE__);
     }

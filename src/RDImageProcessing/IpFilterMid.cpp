@@ -1,6 +1,7 @@
 #include "RDImageProcessing/IpFilterMid.hpp"
 
 #include "RDImageProcessing/BoxSums.hpp"
+#include "RDImageProcessing/FillTools.hpp"
 #include "RDTools/Exception.hpp"
 #include "RDTools/SampleCast.hpp"
 #include "RDTools/TpArrayStatic.hpp"
@@ -224,16 +225,17 @@ template <class T> struct TpAccumulator
                                               std::conditional_t<sizeof(T) == 4, unsigned long, unsigned int>>>;
 };
 
-/// The sum of 2 nSteps + 1 samples from nSteps steps before the middle of pixel (x, y) to nSteps behind it. Positions
-/// and steps have eight fractional bits; a step is at most one pixel in each axis.
+/// The sum of 2 nSteps + 1 samples from nSteps steps before the middle of pixel (x, y) to nSteps behind it. Steps and
+/// positions have eight fractional bits, positions counted from the pixel, since columns beyond 2 to the power of 23
+/// would not fit; a step is at most one pixel in each axis.
 long SumAlongLine(const ClImage& cIn, int x, int y, int nStepX, int nStepY, int nSteps)
 {
-    int nX = (x * 256 + 128) - nStepX * nSteps;
-    int nY = (y * 256 + 128) - nStepY * nSteps;
+    int nX = 128 - nStepX * nSteps;
+    int nY = 128 - nStepY * nSteps;
     long nSum = 0;
     for (int i = -nSteps; i <= nSteps; ++i)
     {
-        nSum += Row<unsigned char>(cIn, nY >> 8)[nX >> 8];
+        nSum += Row<unsigned char>(cIn, y + (nY >> 8))[x + (nX >> 8)];
         nX += nStepX;
         nY += nStepY;
     }
@@ -272,7 +274,7 @@ long ClIpFilterMid::Initialize()
 
 long ClIpFilterMid::DoProcess()
 {
-    if (m_pInImage == nullptr)
+    if (m_pInImage == nullptr || m_pOutImage == nullptr)
     {
         throw ClExVelmarin(FPC_ERROR_BITMAP_PTR, szModule, __LINE__);
     }
@@ -300,7 +302,7 @@ bool ClIpFilterMid::CopyIfTooSmall()
 {
     // An even width reaches half of it to both sides, too, so its window is one wider; below 1 there is no window.
     if (m_nFilterWidth >= 1 && m_pInImage->m_nWidth >= (m_nFilterWidth | 1) &&
-        m_pInImage->m_nHeight >= m_nFilterWidth && m_pInImage->Data() != nullptr)
+        m_pInImage->m_nHeight >= m_nFilterWidth && HasBytePerColumn(*m_pInImage))
     {
         return false;
     }
@@ -405,7 +407,7 @@ template <class Slide> long ClIpFilterMid::Pass(int nSize, bool bOddWidths, Slid
         return FPC_ERROR_INTERNAL;
     }
     // A sample alone is its own mean.
-    if (m_nFilterWidth <= 1 || m_pInImage->Data() == nullptr)
+    if (m_nFilterWidth <= 1 || !HasBytePerColumn(*m_pInImage))
     {
         *m_pOutImage = *m_pInImage;
     }
@@ -493,14 +495,14 @@ long ClIpFilterMid::ProcessDirected(bool bOrtho)
         {
             return FPC_ERROR_FORMAT_NOTSUPPORTED;
         }
-        if (pImage->m_nWidth != cIn.m_nWidth || pImage->m_nHeight != cIn.m_nHeight)
+        if (pImage->m_nWidth != cIn.m_nWidth || pImage->m_nHeight != cIn.m_nHeight || !HasBytePerColumn(*pImage))
         {
             return FPC_ERROR_BITMAP_DIMENSION;
         }
     }
     m_pOutImage->New(cIn);
     const long nHalfWidth = m_nFilterWidth / 2;
-    if (m_nFilterWidth < 1 || cIn.m_nWidth <= 2 * nHalfWidth)
+    if (m_nFilterWidth < 1 || cIn.m_nWidth <= 2 * nHalfWidth || !HasBytePerColumn(cIn))
     {
         *m_pOutImage = cIn;
         return FPC_ERROR_BITMAP_DIMENSION;

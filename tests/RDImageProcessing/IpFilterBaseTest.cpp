@@ -209,6 +209,7 @@ TEST(IpFilterBase, RaisesWithoutImages)
     FillRandom8(cImage, 5, 4, 2);
     cFilter.m_pInImage = &cImage;
     EXPECT_RAISES_CODE(cFilter.Apply(), FPC_ERROR_BITMAP_PTR);
+    EXPECT_RAISES_CODE(cFilter.DoProcess(), FPC_ERROR_BITMAP_PTR);
 }
 
 TEST(IpFilterBase, ModeAndSignChooseTheOperation)

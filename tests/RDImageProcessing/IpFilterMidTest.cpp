@@ -1,7 +1,8 @@
 #include "RDImageProcessing/IpFilterMid.hpp"
 
 #include "FailingHeap.hpp"
-#include "MidFilterDefinitions.hpp"
+#include "RDImageProcessing/MidFilterDefinitions.hpp"
+#include "RDImageProcessing/SampleAccess.hpp"
 #include "RDTools/Exception.hpp"
 #include "TestTools.hpp"
 
@@ -128,32 +129,6 @@ TEST(IpFilterMid, AFlatImageStaysFlatForEveryValueAndPath)
             ASSERT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cOut, nWidth));
             EXPECT_TRUE(SamePixels(cIn, cOut)) << nWidth;
         }
-    }
-}
-
-TEST(IpFilterMid, AFlatImageOfAnyOtherTypeStaysFlat)
-{
-    const auto check = [](auto eType, auto value)
-    {
-        for (const long nMode : {1L, 2L, 3L})
-        {
-            ClImage cIn, cOut;
-            FillFlat(cIn, eType, 9, 8, value);
-            ClIpFilterMid cFilter;
-            cFilter.m_nMode = nMode;
-            ASSERT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cOut, 5));
-            EXPECT_TRUE(SamePixels(cIn, cOut)) << nMode;
-        }
-    };
-    for (int nValue = -128; nValue < 128; ++nValue)
-    {
-        check(ClImage::eSInt8, static_cast<signed char>(nValue));
-        check(ClImage::eSInt16, static_cast<short>(nValue * 256 + nValue));
-        check(ClImage::eSInt32, static_cast<int>(nValue * 16777216L + 128 + nValue));
-        check(ClImage::eUInt16, static_cast<unsigned short>((nValue + 128) * 257));
-        check(ClImage::eUInt32, static_cast<unsigned int>(nValue + 128) * 16843009u);
-        check(ClImage::eFloat32, static_cast<float>(nValue) * 0.25f);
-        check(ClImage::eDouble64, nValue * 0.25);
     }
 }
 
@@ -292,6 +267,8 @@ TEST(IpFilterMid, RaisesForUnknownTypesAndModesAndWithoutInput)
     ClIpFilterMid cFilter;
     EXPECT_RAISES_CODE(cFilter.DoProcess(), FPC_ERROR_BITMAP_PTR);
     ClImage cEmpty, cOut;
+    cFilter.m_pInImage = &cOut;
+    EXPECT_RAISES_CODE(cFilter.DoProcess(), FPC_ERROR_BITMAP_PTR);
     EXPECT_RAISES_CODE(cFilter.ApplyParam(cEmpty, cOut, 3), FPC_ERROR_PARAM_OUT_OF_RANGE);
     for (const unsigned char eType : {ClImage::eUInt8, ClImage::eUInt32, ClImage::eDouble64})
     {
@@ -299,195 +276,6 @@ TEST(IpFilterMid, RaisesForUnknownTypesAndModesAndWithoutInput)
         cIn.NewWithType(eType, 4, 4, 1, 0, 0);
         EXPECT_RAISES_CODE(cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 3, 4), FPC_ERROR_PARAM_OUT_OF_RANGE);
     }
-}
-
-TEST(IpFilterMid, EightBitPassesAreRoundedMeansOfTheClippedLine)
-{
-    for (const long nWidth : {3L, 5L, 9L})
-    {
-        for (const auto& [nColumns, nRows] : {Size(10, 10), Size(11, 40), Size(67, 13)})
-        {
-            for (const long nMode : {1L, 2L})
-            {
-                ClImage cIn, cExpected, cOut;
-                FillRandom8(cIn, nColumns, nRows, 11);
-                PassByDefinition<unsigned char>(cIn, nMode == 1, nWidth, 0, true, cExpected);
-                ClIpFilterMid cFilter;
-                ASSERT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, nWidth, nMode));
-                EXPECT_TRUE(SamePixels(cExpected, cOut)) << nWidth << ' ' << nMode;
-                EXPECT_EQ(nWidth, cFilter.m_nFilterWidth);
-            }
-        }
-    }
-}
-
-TEST(IpFilterMid, AnEightBitPassShrinksTheWidthToAnOddOneForGood)
-{
-    for (const long nMode : {1L, 2L})
-    {
-        ClIpFilterMid cFilter;
-        ClImage cIn, cExpected, cOut;
-        FillRandom8(cIn, nMode == 1 ? 5 : 8, nMode == 1 ? 8 : 5, 12);
-        ASSERT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 5, nMode));
-        EXPECT_EQ(3, cFilter.m_nFilterWidth); // 5 - 1 is even
-        PassByDefinition<unsigned char>(cIn, nMode == 1, 3, 0, true, cExpected);
-        EXPECT_TRUE(SamePixels(cExpected, cOut));
-
-        FillRandom8(cIn, 20, 20, 13);
-        ASSERT_EQ(FPC_SUCCESS, cFilter.Apply());
-        PassByDefinition<unsigned char>(cIn, nMode == 1, 3, 0, true, cExpected);
-        EXPECT_TRUE(SamePixels(cExpected, cOut));
-
-        FillRandom8(cIn, 6, 6, 12);
-        ASSERT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 99, nMode));
-        EXPECT_EQ(5, cFilter.m_nFilterWidth);
-    }
-}
-
-TEST(IpFilterMid, AnEightBitPassCopiesLinesOfOneAndTwoSamples)
-{
-    for (const long nMode : {1L, 2L})
-    {
-        for (const int nSize : {1, 2, 3})
-        {
-            ClImage cIn, cOut;
-            FillRandom8(cIn, nMode == 1 ? nSize : 9, nMode == 1 ? 9 : nSize, 14);
-            ClIpFilterMid cFilter;
-            ASSERT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 3, nMode));
-            EXPECT_TRUE(SamePixels(cIn, cOut)) << nSize;
-            EXPECT_EQ(nSize == 1 ? -1 : 1, cFilter.m_nFilterWidth);
-        }
-    }
-}
-
-TEST(IpFilterMid, APassWithoutAWidthFails)
-{
-    ClImage cIn, cOut;
-    FillRandom8(cIn, 9, 9, 15);
-    ClIpFilterMid cFilter;
-    cFilter.m_pInImage = &cIn;
-    cFilter.m_pOutImage = &cOut;
-    cFilter.m_nFilterWidth = 0;
-    EXPECT_EQ(FPC_ERROR_INTERNAL, cFilter.ProcessX());
-    EXPECT_EQ(FPC_ERROR_INTERNAL, cFilter.ProcessY());
-    EXPECT_EQ(FPC_ERROR_INTERNAL, cFilter.ProcessSignedX());
-    EXPECT_EQ(FPC_ERROR_INTERNAL, cFilter.ProcessSignedY());
-}
-
-TEST(IpFilterMid, AllOtherTypesRunBothDirectionsOneAfterTheOther)
-{
-    for (const unsigned char eType : {ClImage::eUInt16, ClImage::eUInt32, ClImage::eSInt8, ClImage::eSInt16,
-                                      ClImage::eSInt32, ClImage::eFloat32, ClImage::eDouble64})
-    {
-        for (const auto& [nColumns, nRows] : {Size(10, 10), Size(11, 40), Size(67, 13), Size(4, 9), Size(9, 3)})
-        {
-            for (const long nMode : {1L, 2L, 3L})
-            {
-                ClImage cIn, cBetween, cExpected, cOut;
-                cIn.NewWithType(eType, nColumns, nRows, 1, 0, 0);
-                FillRandom(cIn, 16);
-                long nWidth = 5;
-                DispatchSampleType(eType, 0,
-                                   [&, nFlags = nMode](auto cTag)
-                                   {
-                                       using T = typename decltype(cTag)::Type;
-                                       cBetween = cIn;
-                                       if ((nFlags & 1) != 0)
-                                       {
-                                           nWidth = TypedPassByDefinition<T>(cIn, true, nWidth, cBetween);
-                                       }
-                                       cExpected = cBetween;
-                                       if ((nFlags & 2) != 0)
-                                       {
-                                           nWidth = TypedPassByDefinition<T>(cBetween, false, nWidth, cExpected);
-                                       }
-                                       return 0L;
-                                   });
-                ClIpFilterMid cFilter;
-                ASSERT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 5, nMode));
-                EXPECT_TRUE(SamePixels(cExpected, cOut)) << nMode;
-                EXPECT_EQ(nWidth, cFilter.m_nFilterWidth);
-            }
-        }
-    }
-}
-
-TEST(IpFilterMid, OtherTypesFailOnALineOfOneSampleAndCopyTwo)
-{
-    ClImage cIn, cOut;
-    cIn.NewWithType(ClImage::eUInt16, 1, 9, 1, 0, 0);
-    FillRandom(cIn, 17);
-    EXPECT_EQ(FPC_ERROR_INTERNAL, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, 1));
-    EXPECT_EQ(FPC_ERROR_INTERNAL, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, 3));
-    EXPECT_EQ(FPC_SUCCESS, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, 2));
-
-    cIn.NewWithType(ClImage::eUInt16, 2, 9, 1, 0, 0);
-    FillRandom(cIn, 17);
-    ClIpFilterMid cFilter;
-    EXPECT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 3, 3));
-    EXPECT_TRUE(SamePixels(cIn, cOut)); // the width is 1 in the second pass, too
-    EXPECT_EQ(1, cFilter.m_nFilterWidth);
-}
-
-TEST(IpFilterMid, FloatingPointSumsAreRunningSums)
-{
-    // 1e17 swallows the ones that stand in the window with it, and they are gone when it leaves.
-    const double adIn[] = {1e17, 1, 1, 1, 1, 1, 1};
-    const double adExpected[] = {1e17 / 2, 1e17 / 3, 1.0 / 3, 1.0 / 3, 1.0 / 3, 1.0 / 3, 0};
-    ClImage cIn, cOut;
-    for (const long nMode : {1L, 2L})
-    {
-        cIn.NewWithType(ClImage::eDouble64, nMode == 1 ? 7 : 1, nMode == 1 ? 1 : 7, 1, 0, 0);
-        std::copy_n(adIn, 7, Row<double>(cIn, 0));
-        ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, nMode));
-        for (int i = 0; i < 7; ++i)
-        {
-            EXPECT_EQ(adExpected[i], Row<double>(cOut, 0)[i]) << i;
-        }
-    }
-}
-
-TEST(IpFilterMid, SignedBytesTruncateTowardZeroWithoutRounding)
-{
-    for (const auto& [nColumns, nRows] : {Size(10, 10), Size(11, 40), Size(67, 13)})
-    {
-        ClImage cIn, cExpected, cOut;
-        cIn.NewWithType(ClImage::eSInt8, nColumns, nRows, 1, 0, 0);
-        FillRandom(cIn, 18);
-        ClIpFilterMid cFilter;
-        cFilter.m_pInImage = &cIn;
-        cFilter.m_pOutImage = &cOut;
-        for (const long nWidth : {3L, 5L, 9L})
-        {
-            cFilter.m_nFilterWidth = nWidth;
-            ASSERT_EQ(FPC_SUCCESS, cFilter.ProcessSignedX());
-            PassByDefinition<signed char>(cIn, true, nWidth, 0, false, cExpected);
-            EXPECT_TRUE(SamePixels(cExpected, cOut)) << nWidth;
-            ASSERT_EQ(FPC_SUCCESS, cFilter.ProcessSignedY());
-            PassByDefinition<signed char>(cIn, false, nWidth, 0, false, cExpected);
-            EXPECT_TRUE(SamePixels(cExpected, cOut)) << nWidth;
-            ASSERT_EQ(FPC_SUCCESS, cFilter.ProcessSignedXY());
-            nWidth == 3 ? SignedMean3x3ByDefinition(cIn, cExpected)
-                        : BoxMeanByDefinition<signed char>(cIn, static_cast<int>(nWidth / 2), cExpected);
-            EXPECT_TRUE(SamePixels(cExpected, cOut)) << nWidth;
-        }
-    }
-}
-
-TEST(IpFilterMid, SignedPassesShrinkToAnOddWidth)
-{
-    ClImage cIn, cOut;
-    cIn.NewWithType(ClImage::eSInt8, 5, 5, 1, 0, 0);
-    FillRandom(cIn, 19);
-    ClIpFilterMid cFilter;
-    cFilter.m_pInImage = &cIn;
-    cFilter.m_pOutImage = &cOut;
-    cFilter.m_nFilterWidth = 5;
-    EXPECT_EQ(FPC_SUCCESS, cFilter.ProcessSignedX());
-    EXPECT_EQ(3, cFilter.m_nFilterWidth);
-    cFilter.m_nFilterWidth = 5;
-    EXPECT_EQ(FPC_SUCCESS, cFilter.ProcessSignedY());
-    EXPECT_EQ(3, cFilter.m_nFilterWidth);
 }
 
 TEST(IpFilterMid, TheRemainderHoldsTheFractionOfEachMean)
@@ -538,97 +326,6 @@ TEST(IpFilterMid, TheRemainderIsNeitherInputNorOutput)
     EXPECT_EQ(FPC_ERROR_BITMAP_PTR, cFilter.ApplyParam(cIn, cOut, 5));
     cFilter.SetRemainder(&cOut);
     EXPECT_EQ(FPC_ERROR_BITMAP_PTR, cFilter.ApplyParam(cIn, cOut, 5));
-}
-
-TEST(IpFilterMid, DirectedAveragesAlongTheLineOfEachPixel)
-{
-    for (const auto& [nColumns, nRows] : {Size(23, 17), Size(40, 4), Size(9, 1), Size(6, 30)})
-    {
-        for (const int nWidth : {3, 5})
-        {
-            for (const bool bOrtho : {false, true})
-            {
-                ClImage cIn, cExpected, cOut;
-                FillRandom8(cIn, nColumns, nRows, 22);
-                ClDirections cDirections(nColumns, nRows, 23);
-                ClIpFilterMid cFilter;
-                cDirections.GiveTo(cFilter);
-                ASSERT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, nWidth, bOrtho ? 16 : 8));
-                DirectedByDefinition(cIn, cDirections, nWidth, bOrtho, cExpected);
-                EXPECT_TRUE(SamePixels(cExpected, cOut)) << nWidth << bOrtho;
-            }
-        }
-    }
-}
-
-TEST(IpFilterMid, DirectedWithoutADirectionReturnsTheInput)
-{
-    ClImage cIn, cOut;
-    FillRandom8(cIn, 23, 17, 24);
-    ClDirections cDirections(23, 17, 1);
-    FillFlat<unsigned char>(cDirections.m_cDx, ClImage::eUInt8, 23, 17, 0);
-    FillFlat<unsigned char>(cDirections.m_cDy, ClImage::eUInt8, 23, 17, 0);
-    for (const long nMode : {8L, 16L})
-    {
-        ClIpFilterMid cFilter;
-        cDirections.GiveTo(cFilter);
-        ASSERT_EQ(FPC_SUCCESS, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 7, nMode));
-        EXPECT_TRUE(SamePixels(cIn, cOut));
-    }
-}
-
-TEST(IpFilterMid, DirectedNeedsBothDirections)
-{
-    const std::string sDescription = std::string(ClException(FPC_ERROR_BAD_POINTER, false, "", 0).What()) + '\n';
-    ClImage cIn, cOut;
-    FillRandom8(cIn, 9, 9, 24);
-    ClDirections cDirections(9, 9, 1);
-    ClIpFilterMid cFilter;
-    cDirections.GiveTo(cFilter);
-    cFilter.m_pInDyImage = nullptr;
-    EXPECT_RAISES(cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 3, 8), ClException, FPC_ERROR_BAD_POINTER,
-                  (sDescription + "m_pInDyImage is not set").c_str());
-    cFilter.m_pInDxImage = nullptr;
-    EXPECT_RAISES(cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 3, 16), ClException, FPC_ERROR_BAD_POINTER,
-                  (sDescription + "m_pInDxImage is not set").c_str());
-}
-
-TEST(IpFilterMid, DirectedCopiesAnImageThatIsTooNarrowAndFails)
-{
-    ClImage cIn, cOut;
-    FillRandom8(cIn, 4, 9, 24);
-    ClDirections cDirections(4, 9, 1);
-    ClIpFilterMid cFilter;
-    cDirections.GiveTo(cFilter);
-    EXPECT_EQ(FPC_ERROR_BITMAP_DIMENSION, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 5, 8));
-    EXPECT_TRUE(SamePixels(cIn, cOut));
-}
-
-TEST(IpFilterMid, DirectedRefusesDirectionsThatDoNotFit)
-{
-    ClImage cIn, cOut;
-    FillRandom8(cIn, 9, 9, 24);
-    ClDirections cDirections(9, 9, 1);
-    ClIpFilterMid cFilter;
-    cDirections.GiveTo(cFilter);
-    FillRandom8(cDirections.m_cDy, 9, 8, 1);
-    EXPECT_EQ(FPC_ERROR_BITMAP_DIMENSION, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 3, 8));
-    cDirections.m_cDy.NewWithType(ClImage::eUInt16, 9, 9, 1, 0, 0);
-    EXPECT_EQ(FPC_ERROR_FORMAT_NOTSUPPORTED, cFilter.ClIpFilterBase::ApplyParam(cIn, cOut, 3, 8));
-}
-
-TEST(IpFilterMid, DirectedTakesUnsignedBytesOnly)
-{
-    for (const unsigned char eType : {ClImage::eUInt16, ClImage::eUInt32, ClImage::eSInt8, ClImage::eSInt16,
-                                      ClImage::eSInt32, ClImage::eFloat32, ClImage::eDouble64})
-    {
-        ClImage cIn, cOut;
-        cIn.NewWithType(eType, 9, 9, 1, 0, 0);
-        FillRandom(cIn, 25);
-        EXPECT_EQ(FPC_ERROR_FORMAT_NOTSUPPORTED, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, 8));
-        EXPECT_EQ(FPC_ERROR_FORMAT_NOTSUPPORTED, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, 16));
-        EXPECT_EQ(FPC_ERROR_FORMAT_NOTSUPPORTED, ClIpFilterMid().ProcessSignedDirected(false));
-    }
 }
 
 TEST(IpFilterMid, ColourPlanesAreFilteredOneByOne)
@@ -725,6 +422,124 @@ TEST(IpFilterMid, EveryPassTellsThatMemoryIsExhausted)
                         ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 5, nMode);
                     });
                 EXPECT_LT(1, nFailed);
+            }
+        }
+    }
+}
+
+TEST(IpFilterMid, TheRemainderTellsThatMemoryIsExhausted)
+{
+    ClImage cIn;
+    FillRandom8(cIn, 9, 8, 28);
+    for (const long nWidth : {3L, 5L})
+    {
+        const long nFailed = ExpectBadAllocAtEveryAllocation(
+            [&cIn, nWidth]
+            {
+                ClImage cOut, cRemainder;
+                ClIpFilterMid cFilter;
+                cFilter.SetRemainder(&cRemainder);
+                cFilter.ApplyParam(cIn, cOut, nWidth);
+            });
+        EXPECT_LT(2, nFailed);
+    }
+}
+
+TEST(IpFilterMid, TheSameObjectsServeAgainAfterMemoryWasExhausted)
+{
+    for (const int nPlanes : {1, 3})
+    {
+        ClImage cIn, cOut, cExpected;
+        cIn.NewWithType(ClImage::eSInt16, 9, 8, nPlanes, 0, 0);
+        FillRandom(cIn, 29);
+        ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cIn, cExpected, 5));
+        ClIpFilterMid cFilter;
+        for (long nPassing = 0; nPassing < 5; ++nPassing)
+        {
+            const ClFailingHeap cHeap(nPassing);
+            EXPECT_RAISES_CODE(cFilter.ApplyParam(cIn, cOut, 5), FPC_ERROR_OUT_OF_MEMORY);
+            EXPECT_EQ(&cIn, cFilter.m_pInImage);
+            EXPECT_EQ(&cOut, cFilter.m_pOutImage);
+        }
+        ASSERT_EQ(FPC_SUCCESS, cFilter.Apply());
+        EXPECT_TRUE(SamePixels(cExpected, cOut));
+    }
+}
+
+TEST(IpFilterMid, TheRemainderOfEverySizeAndWidth)
+{
+    for (const ClTestSize& cSize : aTestSizes)
+    {
+        ClImage cIn;
+        FillRandom8(cIn, cSize.nWidth, cSize.nHeight, 35);
+        for (long nWidth = 5; nWidth <= 31; nWidth += 2)
+        {
+            ClImage cOut, cRemainder;
+            ClIpFilterMid cFilter;
+            cFilter.SetRemainder(&cRemainder);
+            ASSERT_EQ(FPC_SUCCESS, cFilter.ApplyParam(cIn, cOut, nWidth));
+            if (nWidth > cSize.nWidth || nWidth > cSize.nHeight)
+            {
+                EXPECT_EQ(nullptr, cRemainder.Data());
+                continue;
+            }
+            ClSumTable cSums(cIn, static_cast<unsigned char>(0));
+            for (int y = 0; y < cSize.nHeight; ++y)
+            {
+                for (int x = 0; x < cSize.nWidth; ++x)
+                {
+                    const auto [nSum, nCount] = cSums.Clipped(x, y, static_cast<int>(nWidth / 2));
+                    ASSERT_EQ(nSum / nCount, Sample<unsigned char>(cOut, x, y)) << nWidth << ' ' << x << ' ' << y;
+                    // nSum / nCount in doubles, of which the part behind the point counts 1/256, truncated
+                    ASSERT_EQ(nSum * 256 / nCount % 256, Sample<unsigned char>(cRemainder, x, y))
+                        << nWidth << ' ' << x << ' ' << y;
+                }
+            }
+        }
+    }
+}
+
+TEST(IpFilterMid, WidthsFarAboveTheImageAndBelowZero)
+{
+    constexpr long nMost = std::numeric_limits<long>::max();
+    constexpr long nLeast = std::numeric_limits<long>::min();
+    for (const unsigned char eType : aEveryType)
+    {
+        ClImage cIn, cOut, cExpected;
+        cIn.NewWithType(eType, 20, 14, 1, 0, 0);
+        FillRandom(cIn, 36);
+        for (const long nWidth : {nLeast, nLeast + 1, -2L, -1L})
+        {
+            ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ApplyParam(cIn, cOut, nWidth));
+            EXPECT_TRUE(SamePixels(cIn, cOut));
+        }
+        for (const long nMode : {1L, 2L, 3L})
+        {
+            ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cExpected, 33, nMode));
+            for (const long nWidth : {nMost, nMost - 1, 1L << 32})
+            {
+                ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, nWidth, nMode));
+                EXPECT_TRUE(SamePixels(cExpected, cOut)) << nWidth;
+            }
+        }
+    }
+}
+
+TEST(IpFilterMid, CopiesImagesThatHaveASizeButNoPixels)
+{
+    unsigned char anUnread[4] = {};
+    for (const unsigned char eType : aEveryType)
+    {
+        for (const long nMode : {1L, 2L, 3L})
+        {
+            ClImage cNull, cNoPlane, cOut;
+            cNull.Attach(nullptr, eType, 20, 14, 1, 0, 0);
+            cNoPlane.Attach(anUnread, eType, 20, 14, 0, 0, 0);
+            for (ClImage* pIn : {&cNull, &cNoPlane})
+            {
+                EXPECT_EQ(FPC_SUCCESS, ClIpFilterMid().ClIpFilterBase::ApplyParam(*pIn, cOut, 5, nMode));
+                EXPECT_EQ(20, cOut.m_nWidth);
+                EXPECT_EQ(14, cOut.m_nHeight);
             }
         }
     }

@@ -41,16 +41,58 @@ template <class T> std::pair<double, int> ClippedSum(const ClImage& cIn, int x, 
     return {dSum, nCount};
 }
 
-/// The 8-bit box mean as it is defined, slowly: sums of bytes are exact in doubles.
+/// Sums over windows of one-byte samples, by the sums of all rectangles that begin at (0, 0).
+class ClSumTable
+{
+public:
+    template <class T>
+    ClSumTable(const ClImage& cIn, T)
+        : m_nWidth(cIn.m_nWidth), m_nHeight(cIn.m_nHeight),
+          m_anSums(static_cast<std::size_t>(m_nWidth + 1) * static_cast<std::size_t>(m_nHeight + 1))
+    {
+        for (int y = 0; y < m_nHeight; ++y)
+        {
+            for (int x = 0; x < m_nWidth; ++x)
+            {
+                UpTo(x + 1, y + 1) = Sample<T>(cIn, x, y) + UpTo(x, y + 1) + UpTo(x + 1, y) - UpTo(x, y);
+            }
+        }
+    }
+
+    /// Sum and number of the samples in the window of nHalf around (x, y), clipped to the image.
+    std::pair<long, long> Clipped(int x, int y, int nHalf)
+    {
+        const int nLeft = std::max(x - nHalf, 0);
+        const int nTop = std::max(y - nHalf, 0);
+        const int nRight = std::min(x + nHalf + 1, m_nWidth);
+        const int nBottom = std::min(y + nHalf + 1, m_nHeight);
+        const long nSum = UpTo(nRight, nBottom) - UpTo(nLeft, nBottom) - UpTo(nRight, nTop) + UpTo(nLeft, nTop);
+        return {nSum, static_cast<long>(nRight - nLeft) * (nBottom - nTop)};
+    }
+
+private:
+    long& UpTo(int x, int y)
+    {
+        return m_anSums[static_cast<std::size_t>(y) * static_cast<std::size_t>(m_nWidth + 1) +
+                        static_cast<std::size_t>(x)];
+    }
+
+    const int m_nWidth;
+    const int m_nHeight;
+    std::vector<long> m_anSums;
+};
+
+/// The 8-bit box mean as it is defined.
 template <class T> void BoxMeanByDefinition(const ClImage& cIn, int nHalf, ClImage& cOut)
 {
     cOut.New(cIn);
+    ClSumTable cSums(cIn, T());
     for (int y = 0; y < cIn.m_nHeight; ++y)
     {
         for (int x = 0; x < cIn.m_nWidth; ++x)
         {
-            const auto [dSum, nCount] = ClippedSum<T>(cIn, x, y, nHalf, nHalf);
-            Row<T>(cOut, y)[x] = static_cast<T>(static_cast<long>(dSum) / nCount);
+            const auto [nSum, nCount] = cSums.Clipped(x, y, nHalf);
+            Row<T>(cOut, y)[x] = static_cast<T>(nSum / nCount);
         }
     }
 }
@@ -103,21 +145,28 @@ inline long DivisorAt(int i, int nSize, long nWidth)
     return i < nSize - nHalf ? nWidth : nSize - i + nHalf;
 }
 
-/// One direction, integers: rounded by nHalf after lifting by nOffset. 64-bit floating point sums are exact for the
-/// types up to 32 bits, the extended ones for the quotient.
+/// One direction, integers: rounded by nHalf after lifting by nOffset.
 template <class T>
 void PassByDefinition(const ClImage& cIn, bool bRows, long nWidth, long nOffset, bool bRound, ClImage& cOut)
 {
     const int nHalf = static_cast<int>(nWidth / 2);
+    const int nLines = bRows ? cIn.m_nHeight : cIn.m_nWidth;
+    const int nSize = bRows ? cIn.m_nWidth : cIn.m_nHeight;
     cOut.New(cIn);
-    for (int y = 0; y < cIn.m_nHeight; ++y)
+    std::vector<long> anUpTo(static_cast<std::size_t>(nSize) + 1); // sums of so many samples of the line
+    for (int nLine = 0; nLine < nLines; ++nLine)
     {
-        for (int x = 0; x < cIn.m_nWidth; ++x)
+        for (int i = 0; i < nSize; ++i)
         {
-            const auto [dSum, nCount] = ClippedSum<T>(cIn, x, y, bRows ? nHalf : 0, bRows ? 0 : nHalf);
-            const long nDivisor = bRows ? DivisorAt(x, cIn.m_nWidth, nWidth) : DivisorAt(y, cIn.m_nHeight, nWidth);
-            const long nSum = static_cast<long>(dSum) + nCount * nOffset + (bRound ? nHalf : 0);
-            Row<T>(cOut, y)[x] = static_cast<T>(nSum / nDivisor - nOffset);
+            const long nSample = bRows ? Sample<T>(cIn, i, nLine) : Sample<T>(cIn, nLine, i);
+            anUpTo[static_cast<std::size_t>(i) + 1] = anUpTo[static_cast<std::size_t>(i)] + nSample + nOffset;
+        }
+        for (int i = 0; i < nSize; ++i)
+        {
+            const long nSum = anUpTo[static_cast<std::size_t>(std::min(i + nHalf + 1, nSize))] -
+                              anUpTo[static_cast<std::size_t>(std::max(i - nHalf, 0))] + (bRound ? nHalf : 0);
+            T& result = bRows ? Row<T>(cOut, nLine)[i] : Row<T>(cOut, i)[nLine];
+            result = static_cast<T>(nSum / DivisorAt(i, nSize, nWidth) - nOffset);
         }
     }
 }
