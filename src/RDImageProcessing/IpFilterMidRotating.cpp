@@ -1,6 +1,7 @@
 #include "RDImageProcessing/IpFilterMidRotating.hpp"
 
 #include "RDImageProcessing/BoxSums.hpp"
+#include "RDImageProcessing/FillTools.hpp"
 #include "RDImageProcessing/Ip1to1Base.hpp"
 #include "RDImageProcessing/IpDelta.hpp"
 #include "RDImageProcessing/IpFilterMid.hpp"
@@ -16,6 +17,23 @@ namespace
 constexpr char szModule[] = "RDImageProcessing/IpFilterMidRotating";
 // The squared distances of larger masks would not fit their fixed point.
 constexpr long nLargestFixPointMask = 15;
+
+/// Refuses masks without pixels, and an image that is not as large as the model or whose samples are not of T's size.
+template <class T> void RequireFit(const ClImage& cImage, const ClImage& cModel, int nMask)
+{
+    if (nMask < 1)
+    {
+        throw ClExVelmarin(FPC_ERROR_PARAM_OUT_OF_RANGE, szModule, __LINE__);
+    }
+    if (ClImage::SampleSize(cImage.m_eDataType) != static_cast<int>(sizeof(T)))
+    {
+        throw ClExVelmarin(FPC_ERROR_FORMAT_NOTSUPPORTED, szModule, __LINE__);
+    }
+    if (cImage.m_nWidth != cModel.m_nWidth || cImage.m_nHeight != cModel.m_nHeight || !HasBytePerColumn(cImage))
+    {
+        throw ClExVelmarin(FPC_ERROR_BITMAP_DIMENSION, szModule, __LINE__);
+    }
+}
 
 /// The sum over the mask of nHalf around each pixel of row y that has a whole mask, into pSums at the pixel's column.
 /// Each sum takes its terms row by row and from left to right, which counts for floating point.
@@ -288,12 +306,12 @@ long ClIpFilterMidRotating::Initialize()
 
 long ClIpFilterMidRotating::ProcessXY()
 {
-    if (m_nFilterWidth < 1 || IsWiderThanInput()) // Initialize has told this, unless it was passed over
+    if (IsWiderThanInput()) // Initialize has told this, unless it was passed over
     {
         return FPC_ERROR_BITMAP_DIMENSION;
     }
     const int nMask = static_cast<int>(MaskSide());
-    if (m_eVarMode < ModeLocalMinDistanceToAverage || m_eVarMode > ModeLocalMaskDeviationFloat ||
+    if (m_nFilterWidth < 1 || m_eVarMode < ModeLocalMinDistanceToAverage || m_eVarMode > ModeLocalMaskDeviationFloat ||
         (m_eVarMode == ModeLocalMaskDeviationFixPoint && nMask > nLargestFixPointMask))
     {
         return FPC_ERROR_PARAM_OUT_OF_RANGE;
@@ -301,6 +319,10 @@ long ClIpFilterMidRotating::ProcessXY()
     if (m_pInImage->m_eDataType != ClImage::eUInt8)
     {
         return FPC_ERROR_FORMAT_NOTSUPPORTED;
+    }
+    if (!HasBytePerColumn(*m_pInImage))
+    {
+        return FPC_ERROR_BITMAP_PTR;
     }
     switch (m_eVarMode)
     {
@@ -346,13 +368,17 @@ long ClIpFilterMidRotating::ProcessSignedXY()
     }
     const int nMask = static_cast<int>(MaskSide());
     const bool bFixPoint = m_eVarMode == ModeLocalMaskDeviationFixPoint && nMask <= nLargestFixPointMask;
-    if (!bFixPoint && m_eVarMode != ModeLocalMaskDeviationFloat)
+    if (m_nFilterWidth < 1 || (!bFixPoint && m_eVarMode != ModeLocalMaskDeviationFloat))
     {
         return FPC_ERROR_PARAM_OUT_OF_RANGE;
     }
     if (m_pInImage->m_eDataType != ClImage::eSInt8)
     {
         return FPC_ERROR_FORMAT_NOTSUPPORTED;
+    }
+    if (!HasBytePerColumn(*m_pInImage))
+    {
+        return FPC_ERROR_BITMAP_PTR;
     }
     if (bFixPoint)
     {
@@ -381,6 +407,8 @@ long ClIpFilterMidRotating::CalculateMinDistanceToAverage(ClImage& cAvg, ClImage
 
 void ClIpFilterMidRotating::CalculateDeviationByte(const ClImage& cAvg, const ClImage& cIn, int nMask, ClImage& cDev)
 {
+    RequireFit<unsigned char>(cIn, cIn, nMask);
+    RequireFit<unsigned char>(cAvg, cIn, nMask);
     cDev.New(cAvg);
     // The absolute distances of 16 by 16 pixels fit 16 bits; a mask is 2 (nMask / 2) + 1 pixels wide.
     if (nMask <= 15)
@@ -411,6 +439,8 @@ void ClIpFilterMidRotating::LocalDeviation(const ClImage& cIn, int nMask, ClImag
 template <class T, class TMean, class TConvert>
 void ClIpFilterMidRotating::CalculateAverage(const ClImage& cIn, int nMask, ClImage& cMean)
 {
+    RequireFit<T>(cIn, cIn, nMask);
+    RequireFit<TMean>(cMean, cIn, nMask);
     const long nSide = 2L * (nMask / 2) + 1;
     if (cIn.m_nWidth < nSide || cIn.m_nHeight < nSide)
     {
@@ -442,6 +472,9 @@ void ClIpFilterMidRotating::CalculateAverage(const ClImage& cIn, int nMask, ClIm
 template <class T, class TMean, class TConvert>
 void ClIpFilterMidRotating::CalculateDeviation(const ClImage& cIn, const ClImage& cMean, int nMask, ClImage& cDev)
 {
+    RequireFit<T>(cIn, cIn, nMask);
+    RequireFit<TMean>(cMean, cIn, nMask);
+    RequireFit<TMean>(cDev, cIn, nMask);
     using Sum = std::conditional_t<std::is_floating_point_v<TMean>, TMean, std::int64_t>;
     const long nSquare = static_cast<long>(nMask) * nMask;
     const auto rowTerm = [&cMean](int y)
@@ -473,6 +506,9 @@ void ClIpFilterMidRotating::CalculateDeviation(const ClImage& cIn, const ClImage
 template <class TDev, class TOut, class TConvert>
 void ClIpFilterMidRotating::FindMinimum(const ClImage& cDev, const ClImage& cAvg, int nMask, ClImage& cOut)
 {
+    RequireFit<TDev>(cDev, cDev, nMask);
+    RequireFit<TDev>(cAvg, cDev, nMask);
+    RequireFit<TOut>(cOut, cDev, nMask);
     const int nWidth = cDev.m_nWidth;
     const int nHeight = cDev.m_nHeight;
     if (nWidth <= 0 || nHeight <= 0)

@@ -38,7 +38,9 @@ struct ClConvertFloat
 /// Values  The mean of the mask with the smallest deviation; equal deviations go by the rules of FindMinimum. With even
 ///         m (F = 7) a mask is m + 1 wide, but its sums are divided by m * m inside the image, as it stands.
 /// Errors  -37 without images; -35 for an even F, for m = 2, for an unknown variance mode and for m above 15 in mode 2;
-///         -14 if the image is smaller than F; -33 for other sample types and directions; ClExBadAlloc.
+///         -14 if the image is smaller than F; -33 for other sample types and directions; -10 for an image without
+///         pixels; ClExBadAlloc. The steps below raise ClExVelmarin: -35 for masks below 1, -33 for samples of another
+///         size than theirs and -14 for images that differ in size.
 /// Cost    Per pixel m * m absolute differences and two sliding minima.
 /// Thread  One object, one thread.
 class ClIpFilterMidRotating : public ClIpFilterBase

@@ -1,419 +1,74 @@
 #include "RDImageProcessing/IpFilterMidRotating.hpp"
 
 #include "FailingHeap.hpp"
-#include "RDImageProcessing/IpFilterMid.hpp"
+#include "RDImageProcessing/RotatingFilterDefinitions.hpp"
+#include "RDImageProcessing/SampleAccess.hpp"
 #include "RDTools/Exception.hpp"
 #include "RDTools/ParameterContainer.hpp"
 #include "TestTools.hpp"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
-#include <cstdlib>
+#include <limits>
 #include <memory>
+#include <string>
+#include <type_traits>
 #include <utility>
-#include <vector>
+
+using namespace RotatingFilterDefinitions;
 
 namespace
 {
-using Size = std::pair<int, int>;
+using Rotating = ClIpFilterMidRotating;
 
-/// A plain field of numbers; doubles hold all sample types exactly.
-struct ClField
+/// What a run makes of one plane of bytes.
+template <class T> void RunByDefinition(const ClImage& cIn, int nWidth, int nMode, ClImage& cOut)
 {
-    ClField(int nWidth, int nHeight)
-        : m_nWidth(nWidth), m_nHeight(nHeight),
-          m_ad(static_cast<std::size_t>(nWidth) * static_cast<std::size_t>(nHeight))
+    const int m = nWidth - nWidth / 2;
+    const ClField cField = FieldOf<T>(cIn);
+    ClMeansAndDeviations cMeasure = nMode == 0   ? DistanceMeasure(cField, m)
+                                    : nMode == 1 ? ByteMeasure(cField, m)
+                                    : nMode == 2 ? FixPointMeasure(cField, m)
+                                                 : FloatMeasure(cField, m);
+    if (nMode == 2 && std::is_signed_v<T>) // compared as signed numbers
     {
-    }
-    double& At(int x, int y)
-    {
-        return m_ad[static_cast<std::size_t>(y) * static_cast<std::size_t>(m_nWidth) + static_cast<std::size_t>(x)];
-    }
-    bool Has(int x, int y) const { return x >= 0 && y >= 0 && x < m_nWidth && y < m_nHeight; }
-
-    int m_nWidth;
-    int m_nHeight;
-    std::vector<double> m_ad;
-};
-
-template <class T> ClField FieldOf(const ClImage& cImage)
-{
-    ClField cField(cImage.m_nWidth, cImage.m_nHeight);
-    for (int y = 0; y < cImage.m_nHeight; ++y)
-    {
-        for (int x = 0; x < cImage.m_nWidth; ++x)
+        for (double& dDev : cMeasure.m_cDev.m_ad)
         {
-            cField.At(x, y) = static_cast<double>(Row<T>(cImage, y)[x]);
+            dDev = static_cast<double>(static_cast<int>(static_cast<std::uint32_t>(dDev)));
         }
     }
-    return cField;
+    ImageOf<T>(ClSearchByRules(cMeasure.m_cDev, cMeasure.m_cAvg, m / 2).Run(), nMode == 2 ? 256.0 : 1.0, cOut);
 }
 
-/// Rows of the output by the rules of the search, one decision after the other.
-class ClSearchByRules
+/// Holds a run on an image of one to four planes to the definition.
+template <class T> void ExpectRunByDefinition(ClImage& cIn, int nWidth, int nMode)
 {
-public:
-    ClSearchByRules(ClField cDev, ClField cAvg, int nHalf)
-        : m_cDev(std::move(cDev)), m_cAvg(std::move(cAvg)), m_cOut(m_cDev.m_nWidth, m_cDev.m_nHeight), k(nHalf),
-          W(m_cDev.m_nWidth), H(m_cDev.m_nHeight)
+    SCOPED_TRACE("width " + std::to_string(nWidth) + ", mode " + std::to_string(nMode));
+    ClImage cOut;
+    const long nResult = Rotating().ApplyParam(cIn, cOut, nWidth, static_cast<Rotating::EVarianceMode>(nMode));
+    const bool bRefusedWidth = nWidth % 2 == 0 || nWidth == 3;
+    if (bRefusedWidth || nWidth > cIn.m_nWidth || nWidth > cIn.m_nHeight)
     {
+        EXPECT_EQ(bRefusedWidth ? FPC_ERROR_PARAM_OUT_OF_RANGE : FPC_ERROR_BITMAP_DIMENSION, nResult);
+        EXPECT_EQ(nullptr, cOut.Data());
+        return;
     }
-
-    ClField Run()
+    if (nWidth > 1 && ((nMode == 2 && nWidth > 30) || (std::is_signed_v<T> && nMode < 2)))
     {
-        for (int x = 0; x < W; ++x)
-        {
-            m_aEntries.push_back({m_cDev.At(x, 0), m_cAvg.At(x, 0), 0});
-        }
-        for (int y = 1; y <= k - 1; ++y)
-        {
-            MergeRow(y);
-        }
-        for (int y = 0; y < k; ++y) // top
-        {
-            MergeRow(y + k);
-            Across(y);
-        }
-        for (int y = k; y < H - k; ++y) // middle
-        {
-            for (int x = 0; x < W; ++x)
-            {
-                Entry(x).nRow < y - k ? Rebuild(x, y - k, y + k) : Merge(x, y + k);
-            }
-            Across(y);
-        }
-        for (int y = H - k; y < H; ++y) // bottom
-        {
-            for (int x = 0; x < W; ++x)
-            {
-                if (Entry(x).nRow < y - k)
-                {
-                    Rebuild(x, y - k, H - 1);
-                }
-            }
-            Across(y);
-        }
-        return m_cOut;
+        EXPECT_EQ(cIn.m_nPlanes == 1 ? FPC_ERROR_PARAM_OUT_OF_RANGE : FPC_SUCCESS, nResult); // planes do not tell
+        return;
     }
-
-private:
-    struct ClEntry
+    ASSERT_EQ(FPC_SUCCESS, nResult);
+    ASSERT_EQ(cIn.m_nPlanes, cOut.m_nPlanes);
+    for (int i = 0; i < std::min(cIn.m_nPlanes, 3); ++i)
     {
-        double dDev;
-        double dMean;
-        int nRow;
-    };
-
-    ClEntry& Entry(int x) { return m_aEntries[static_cast<std::size_t>(x)]; }
-
-    void Merge(int x, int y)
-    {
-        if (m_cDev.At(x, y) < Entry(x).dDev)
-        {
-            Entry(x) = {m_cDev.At(x, y), m_cAvg.At(x, y), y};
-        }
-    }
-
-    void MergeRow(int y)
-    {
-        for (int x = 0; x < W; ++x)
-        {
-            Merge(x, y);
-        }
-    }
-
-    void Rebuild(int x, int nFirst, int nLast)
-    {
-        Entry(x) = {m_cDev.At(x, nFirst), m_cAvg.At(x, nFirst), nFirst};
-        for (int y = nFirst + 1; y <= nLast; ++y)
-        {
-            Merge(x, y);
-        }
-    }
-
-    void ScanAgain(int& nCurrent, int nFirst, int nLast)
-    {
-        nCurrent = nFirst;
-        for (int x = nFirst; x <= nLast; ++x)
-        {
-            if (Entry(x).dDev < Entry(nCurrent).dDev)
-            {
-                nCurrent = x;
-            }
-        }
-    }
-
-    void Across(int y)
-    {
-        int nCurrent = 0;
-        for (int x = 1; x <= k - 1; ++x)
-        {
-            if (Entry(x).dDev <= Entry(nCurrent).dDev)
-            {
-                nCurrent = x;
-            }
-        }
-        for (int x = 0; x < k; ++x)
-        {
-            if (Entry(x + k).dDev < Entry(nCurrent).dDev)
-            {
-                nCurrent = x + k;
-            }
-            m_cOut.At(x, y) = Entry(nCurrent).dMean;
-        }
-        for (int x = k; x < W - k; ++x)
-        {
-            if (nCurrent >= x - k)
-            {
-                if (Entry(x + k).dDev < Entry(nCurrent).dDev)
-                {
-                    nCurrent = x + k;
-                }
-            }
-            else
-            {
-                ScanAgain(nCurrent, x - k, x + k);
-            }
-            m_cOut.At(x, y) = Entry(nCurrent).dMean;
-        }
-        for (int x = W - k; x < W; ++x)
-        {
-            if (nCurrent < x - k)
-            {
-                ScanAgain(nCurrent, x - k, W - 1);
-            }
-            m_cOut.At(x, y) = Entry(nCurrent).dMean;
-        }
-    }
-
-    ClField m_cDev;
-    ClField m_cAvg;
-    ClField m_cOut;
-    std::vector<ClEntry> m_aEntries;
-    const int k;
-    const int W;
-    const int H;
-};
-
-/// The same told at once: of each column the lowest row of the smallest deviation, of the columns in reach the leftmost
-/// of the smallest, unless the rightmost of the best among the first k columns is among the smallest.
-ClField SearchByDefinition(ClField cDev, ClField cAvg, int k)
-{
-    ClField cOut(cDev.m_nWidth, cDev.m_nHeight);
-    for (int y = 0; y < cDev.m_nHeight; ++y)
-    {
-        const auto bestRow = [&](int x)
-        {
-            int nBest = std::max(y - k, 0);
-            for (int j = nBest; j <= std::min(y + k, cDev.m_nHeight - 1); ++j)
-            {
-                nBest = cDev.At(x, j) < cDev.At(x, nBest) ? j : nBest;
-            }
-            return nBest;
-        };
-        const auto best = [&](int x) { return cDev.At(x, bestRow(x)); };
-        int nFavourite = 0;
-        for (int x = 0; x < k; ++x)
-        {
-            nFavourite = best(x) <= best(nFavourite) ? x : nFavourite;
-        }
-        for (int x = 0; x < cDev.m_nWidth; ++x)
-        {
-            int nColumn = std::max(x - k, 0);
-            const bool bFavourite = nFavourite >= x - k;
-            for (int i = nColumn; i <= std::min(x + k, cDev.m_nWidth - 1); ++i)
-            {
-                nColumn = best(i) < best(nColumn) ? i : nColumn;
-            }
-            if (bFavourite && best(nFavourite) == best(nColumn))
-            {
-                nColumn = nFavourite;
-            }
-            cOut.At(x, y) = cAvg.At(nColumn, bestRow(nColumn));
-        }
-    }
-    return cOut;
-}
-
-/// The search as it is meant, where no two deviations in reach are equal.
-ClField SearchUnique(ClField cDev, ClField cAvg, int k)
-{
-    ClField cOut(cDev.m_nWidth, cDev.m_nHeight);
-    for (int y = 0; y < cDev.m_nHeight; ++y)
-    {
-        for (int x = 0; x < cDev.m_nWidth; ++x)
-        {
-            int nBestX = x;
-            int nBestY = y;
-            for (int j = y - k; j <= y + k; ++j)
-            {
-                for (int i = x - k; i <= x + k; ++i)
-                {
-                    if (cDev.Has(i, j) && cDev.At(i, j) < cDev.At(nBestX, nBestY))
-                    {
-                        nBestX = i;
-                        nBestY = j;
-                    }
-                }
-            }
-            cOut.At(x, y) = cAvg.At(nBestX, nBestY);
-        }
-    }
-    return cOut;
-}
-
-/// Calls fn for each pixel of the mask of half side k around (x, y), row by row, and returns their number; for a whole
-/// mask the square of m, also where m is even and the mask wider.
-template <class Fn> int ForMask(const ClField& cIn, int x, int y, int m, Fn&& fn)
-{
-    const int k = m / 2;
-    int nCount = 0;
-    for (int j = y - k; j <= y + k; ++j)
-    {
-        for (int i = x - k; i <= x + k; ++i)
-        {
-            if (cIn.Has(i, j))
-            {
-                fn(i, j);
-                ++nCount;
-            }
-        }
-    }
-    return nCount == (2 * k + 1) * (2 * k + 1) ? m * m : nCount;
-}
-
-struct ClMeansAndDeviations
-{
-    ClMeansAndDeviations(int nWidth, int nHeight) : m_cAvg(nWidth, nHeight), m_cDev(nWidth, nHeight) {}
-    ClField m_cAvg;
-    ClField m_cDev;
-};
-
-/// Mean, and mean absolute distance to it, of bytes.
-ClMeansAndDeviations ByteMeasure(ClField cIn, int m)
-{
-    ClMeansAndDeviations cResult(cIn.m_nWidth, cIn.m_nHeight);
-    const int nMeanMask = m | 1; // the mean filter takes odd widths only
-    for (int y = 0; y < cIn.m_nHeight; ++y)
-    {
-        for (int x = 0; x < cIn.m_nWidth; ++x)
-        {
-            int nSum = 0;
-            int nCount = ForMask(cIn, x, y, nMeanMask, [&](int i, int j) { nSum += static_cast<int>(cIn.At(i, j)); });
-            int nMean = nSum / nCount;
-            if (nMeanMask == 3)
-            {
-                nMean = nCount == 4   ? (nSum + 2) >> 2
-                        : nCount == 6 ? ((nSum + 3) * 682) >> 12
-                                      : ((nSum + 4) * 455) >> 12;
-            }
-            nSum = 0;
-            nCount =
-                ForMask(cIn, x, y, m, [&](int i, int j) { nSum += std::abs(nMean - static_cast<int>(cIn.At(i, j))); });
-            cResult.m_cAvg.At(x, y) = nMean;
-            cResult.m_cDev.At(x, y) = (nSum / nCount) & 255;
-        }
-    }
-    return cResult;
-}
-
-/// Mean, and mean of the distances of the pixels to their own means, of bytes.
-ClMeansAndDeviations DistanceMeasure(ClField cIn, int m)
-{
-    ClMeansAndDeviations cResult(cIn.m_nWidth, cIn.m_nHeight);
-    cResult.m_cAvg = ByteMeasure(cIn, m).m_cAvg;
-    ClField cDistance(cIn.m_nWidth, cIn.m_nHeight);
-    for (int y = 0; y < cIn.m_nHeight; ++y)
-    {
-        for (int x = 0; x < cIn.m_nWidth; ++x)
-        {
-            cDistance.At(x, y) = std::fabs(cResult.m_cAvg.At(x, y) - cIn.At(x, y));
-        }
-    }
-    cResult.m_cDev = ByteMeasure(cDistance, m).m_cAvg;
-    return cResult;
-}
-
-/// Mean and variance with eight fractional bits; the mean is an unsigned quotient for signed samples, too.
-ClMeansAndDeviations FixPointMeasure(ClField cIn, int m)
-{
-    ClMeansAndDeviations cResult(cIn.m_nWidth, cIn.m_nHeight);
-    for (int y = 0; y < cIn.m_nHeight; ++y)
-    {
-        for (int x = 0; x < cIn.m_nWidth; ++x)
-        {
-            long nSum = 0;
-            int nCount = ForMask(cIn, x, y, m, [&](int i, int j) { nSum += static_cast<long>(cIn.At(i, j)); });
-            const long nMean = static_cast<long>(static_cast<std::uint32_t>(nSum * 256)) / nCount;
-            long nSquares = 0;
-            nCount = ForMask(cIn, x, y, m,
-                             [&](int i, int j)
-                             {
-                                 const long nDistance = static_cast<long>(cIn.At(i, j)) * 256 - nMean;
-                                 nSquares += nDistance * nDistance;
-                             });
-            cResult.m_cAvg.At(x, y) = static_cast<double>(nMean);
-            cResult.m_cDev.At(x, y) = static_cast<double>(static_cast<std::uint32_t>(nSquares / nCount / 256));
-        }
-    }
-    return cResult;
-}
-
-ClMeansAndDeviations FloatMeasure(ClField cIn, int m)
-{
-    ClMeansAndDeviations cResult(cIn.m_nWidth, cIn.m_nHeight);
-    const int k = m / 2;
-    for (int y = 0; y < cIn.m_nHeight; ++y)
-    {
-        for (int x = 0; x < cIn.m_nWidth; ++x)
-        {
-            int nSum = 0;
-            const int nCount = ForMask(cIn, x, y, m, [&](int i, int j) { nSum += static_cast<int>(cIn.At(i, j)); });
-            const float fMean = static_cast<float>(nSum) / static_cast<float>(nCount);
-            float fSquares = 0;
-            ForMask(cIn, x, y, m,
-                    [&](int i, int j)
-                    {
-                        const float fDistance = static_cast<float>(cIn.At(i, j)) - fMean;
-                        fSquares = fSquares + fDistance * fDistance;
-                    });
-            const bool bWhole = x >= k && y >= k && x < cIn.m_nWidth - k && y < cIn.m_nHeight - k;
-            const float fDev =
-                bWhole ? fSquares * (1.0f / static_cast<float>(m * m)) : fSquares / static_cast<float>(nCount);
-            cResult.m_cAvg.At(x, y) = static_cast<double>(fMean);
-            cResult.m_cDev.At(x, y) = static_cast<double>(fDev);
-        }
-    }
-    return cResult;
-}
-
-/// Makes an image of samples from a field of means that are scaled by dScale and truncated.
-template <class T> void ImageOf(ClField cField, double dScale, ClImage& cOut)
-{
-    cOut.NewWithType(ClImage::eUInt8, cField.m_nWidth, cField.m_nHeight, 1, 0, 0);
-    for (int y = 0; y < cField.m_nHeight; ++y)
-    {
-        for (int x = 0; x < cField.m_nWidth; ++x)
-        {
-            Row<T>(cOut, y)[x] = static_cast<T>(static_cast<long>(cField.At(x, y) / dScale));
-        }
+        ClImage cPlane, cExpected, cActual;
+        cIn.GetPlane(i, cPlane);
+        cOut.GetPlane(i, cActual);
+        nWidth == 1 ? void(cExpected = cPlane) : RunByDefinition<T>(cPlane, nWidth, nMode, cExpected);
+        ASSERT_TRUE(SamePixels(cExpected, cActual)) << "plane " << i;
     }
 }
-
-/// Random 8-bit image with nLevels values, so that equal deviations are frequent if there are few.
-void FillLevels(ClImage& cImage, int nWidth, int nHeight, int nLevels, unsigned int nSeed)
-{
-    FillRandom8(cImage, nWidth, nHeight, nSeed);
-    for (int y = 0; y < nHeight; ++y)
-    {
-        unsigned char* pRow = Row<unsigned char>(cImage, y);
-        std::transform(pRow, pRow + nWidth, pRow,
-                       [nLevels](int n) { return static_cast<unsigned char>(n % nLevels * (255 / nLevels)); });
-    }
-}
-
-const Size aSizes[] = {{9, 9}, {10, 9}, {9, 14}, {13, 30}, {40, 11}, {33, 31}};
 } // namespace
 
 TEST(IpFilterMidRotating, HasItsNameAndDefaults)
@@ -560,7 +215,7 @@ TEST(IpFilterMidRotating, RefusesUnknownVarianceModesAndOtherSampleTypes)
 
 TEST(IpFilterMidRotating, AFlatImageStaysFlat)
 {
-    for (const int nMode : {1, 2, 3})
+    for (const int nMode : {0, 1, 2, 3})
     {
         for (int nValue = 0; nValue < 256; nValue += 5)
         {
@@ -600,98 +255,6 @@ TEST(IpFilterMidRotating, AStepEdgeStaysSharp)
     }
 }
 
-TEST(IpFilterMidRotating, TheSearchFollowsItsRulesAmongEqualDeviations)
-{
-    for (const auto& [nColumns, nRows] : {Size(7, 7), Size(7, 20), Size(30, 7), Size(25, 21)})
-    {
-        for (int m = 1; m <= 7; ++m)
-        {
-            for (const int nLevels : {1, 2, 3, 5, 200})
-            {
-                ClImage cDev, cAvg, cOut, cExpected;
-                FillLevels(cDev, nColumns, nRows, nLevels, static_cast<unsigned int>(m * 1000 + nLevels));
-                FillRandom8(cAvg, nColumns, nRows, 3);
-                cOut.New(cDev);
-                ClIpFilterMidRotating().FindMinimum<unsigned char, unsigned char, ClConvertFloat>(cDev, cAvg, m, cOut);
-                const ClField cDevField = FieldOf<unsigned char>(cDev);
-                const ClField cAvgField = FieldOf<unsigned char>(cAvg);
-                ImageOf<unsigned char>(ClSearchByRules(cDevField, cAvgField, m / 2).Run(), 1.0, cExpected);
-                EXPECT_TRUE(SamePixels(cExpected, cOut)) << "rules, " << m << ' ' << nLevels;
-                ImageOf<unsigned char>(SearchByDefinition(cDevField, cAvgField, m / 2), 1.0, cExpected);
-                EXPECT_TRUE(SamePixels(cExpected, cOut)) << "definition, " << m << ' ' << nLevels;
-            }
-        }
-    }
-}
-
-TEST(IpFilterMidRotating, TheSearchFindsUniqueMinima)
-{
-    for (const int m : {1, 3, 5, 6, 9})
-    {
-        ClImage cDev, cAvg, cOut, cExpected;
-        constexpr int nColumns = 29, nRows = 27;
-        FillRandom8(cOut, nColumns, nRows, 5);
-        cDev.NewWithType(ClImage::eUInt32, nColumns, nRows, 1, 0, 0);
-        cAvg.NewWithType(ClImage::eUInt32, nColumns, nRows, 1, 0, 0);
-        ClTestRandom cRandom(static_cast<unsigned int>(m));
-        for (int y = 0; y < nRows; ++y)
-        {
-            for (int x = 0; x < nColumns; ++x)
-            {
-                // The low bits tell the position, so that no two are equal.
-                Row<unsigned int>(cDev, y)[x] = (cRandom.Next() & 0xFFF00000u) + static_cast<unsigned int>(y * 32 + x);
-                Row<unsigned int>(cAvg, y)[x] = cRandom.Next() >> 16;
-            }
-        }
-        ClIpFilterMidRotating().FindMinimum<unsigned int, unsigned char, ClConvertFixPoint>(cDev, cAvg, m, cOut);
-        ImageOf<unsigned char>(SearchUnique(FieldOf<unsigned int>(cDev), FieldOf<unsigned int>(cAvg), m / 2), 256.0,
-                               cExpected);
-        EXPECT_TRUE(SamePixels(cExpected, cOut)) << m;
-    }
-}
-
-TEST(IpFilterMidRotating, TheSearchTakesImagesSmallerThanItsReach)
-{
-    for (const auto& [nColumns, nRows] : {Size(1, 1), Size(2, 5), Size(5, 2), Size(3, 3)})
-    {
-        ClImage cDev, cAvg, cOut, cExpected;
-        FillRandom8(cDev, nColumns, nRows, 1);
-        FillRandom8(cAvg, nColumns, nRows, 2);
-        cOut.New(cDev);
-        ClIpFilterMidRotating().FindMinimum<unsigned char, unsigned char, ClConvertFloat>(cDev, cAvg, 9, cOut);
-        ImageOf<unsigned char>(SearchUnique(FieldOf<unsigned char>(cDev), FieldOf<unsigned char>(cAvg), 4), 1.0,
-                               cExpected);
-        EXPECT_TRUE(SamePixels(cExpected, cOut));
-    }
-}
-
-TEST(IpFilterMidRotating, MaskDeviationsAreMeanDistancesToTheMean)
-{
-    for (const auto& [nColumns, nRows] : {Size(3, 3), Size(5, 2), Size(11, 9), Size(40, 23)})
-    {
-        for (const int m : {1, 2, 3, 4, 5, 6, 9, 15, 16, 17})
-        {
-            ClImage cAvg, cIn, cDev;
-            FillRandom8(cIn, nColumns, nRows, 6);
-            FillRandom8(cAvg, nColumns, nRows, 7); // any numbers do for the mean
-            ClIpFilterMidRotating().CalculateDeviationByte(cAvg, cIn, m, cDev);
-            ASSERT_TRUE(SameDescription(cAvg, cDev));
-            const ClField cField = FieldOf<unsigned char>(cIn);
-            for (int y = 0; y < nRows; ++y)
-            {
-                for (int x = 0; x < nColumns; ++x)
-                {
-                    int nSum = 0;
-                    const int nCount = ForMask(cField, x, y, m,
-                                               [&, a = int(Row<unsigned char>(cAvg, y)[x])](int i, int j)
-                                               { nSum += std::abs(a - int(Row<unsigned char>(cIn, j)[i])); });
-                    ASSERT_EQ((nSum / nCount) & 255, Row<unsigned char>(cDev, y)[x]) << m << ' ' << x << ' ' << y;
-                }
-            }
-        }
-    }
-}
-
 TEST(IpFilterMidRotating, EachModeTakesTheMeanOfTheMostUniformMask)
 {
     for (const auto& [nColumns, nRows] : aSizes)
@@ -700,18 +263,11 @@ TEST(IpFilterMidRotating, EachModeTakesTheMeanOfTheMostUniformMask)
         {
             for (const int nLevels : {2, 4, 255})
             {
-                const int m = nWidth - nWidth / 2;
                 ClImage cIn, cOut, cExpected;
                 FillLevels(cIn, nColumns, nRows, nLevels, 8);
-                const ClField cField = FieldOf<unsigned char>(cIn);
                 for (const int nMode : {0, 1, 2, 3})
                 {
-                    const ClMeansAndDeviations cMeasure = nMode == 0   ? DistanceMeasure(cField, m)
-                                                          : nMode == 1 ? ByteMeasure(cField, m)
-                                                          : nMode == 2 ? FixPointMeasure(cField, m)
-                                                                       : FloatMeasure(cField, m);
-                    ImageOf<unsigned char>(ClSearchByRules(cMeasure.m_cDev, cMeasure.m_cAvg, m / 2).Run(),
-                                           nMode == 2 ? 256.0 : 1.0, cExpected);
+                    RunByDefinition<unsigned char>(cIn, nWidth, nMode, cExpected);
                     ASSERT_EQ(FPC_SUCCESS,
                               ClIpFilterMidRotating().ApplyParam(
                                   cIn, cOut, nWidth, static_cast<ClIpFilterMidRotating::EVarianceMode>(nMode)));
@@ -727,22 +283,11 @@ TEST(IpFilterMidRotating, SignedBytesHaveTheTwoVarianceModes)
     ClImage cIn, cOut, cExpected;
     cIn.NewWithType(ClImage::eSInt8, 21, 17, 1, 0, 0);
     FillRandom(cIn, 9);
-    const ClField cField = FieldOf<signed char>(cIn);
     for (const int nWidth : {5, 9})
     {
-        const int m = nWidth - nWidth / 2;
         for (const int nMode : {2, 3})
         {
-            ClMeansAndDeviations cMeasure = nMode == 2 ? FixPointMeasure(cField, m) : FloatMeasure(cField, m);
-            if (nMode == 2) // compared as signed numbers
-            {
-                for (double& dDev : cMeasure.m_cDev.m_ad)
-                {
-                    dDev = static_cast<double>(static_cast<int>(static_cast<std::uint32_t>(dDev)));
-                }
-            }
-            ImageOf<signed char>(ClSearchByRules(cMeasure.m_cDev, cMeasure.m_cAvg, m / 2).Run(),
-                                 nMode == 2 ? 256.0 : 1.0, cExpected);
+            RunByDefinition<signed char>(cIn, nWidth, nMode, cExpected);
             ASSERT_EQ(FPC_SUCCESS, ClIpFilterMidRotating().ApplyParam(
                                        cIn, cOut, nWidth, static_cast<ClIpFilterMidRotating::EVarianceMode>(nMode)));
             EXPECT_TRUE(SamePixels(cExpected, cOut)) << nWidth << ' ' << nMode;
@@ -812,17 +357,6 @@ TEST(IpFilterMidRotating, DescribesTheOutputLikeTheInput)
     }
 }
 
-TEST(IpFilterMidRotating, LocalDeviationRefusesItsOwnImage)
-{
-    ClImage cImage;
-    FillRandom8(cImage, 9, 9, 1);
-    const std::string sMessage = std::string(ClException(FPC_ERROR_INVALID_PARAMETER, false, "", 0).What()) +
-                                 "\nResize image with im self is senseless.";
-    EXPECT_RAISES((ClIpFilterMidRotating().LocalDeviation<unsigned char, unsigned char, float, ClConvertFloat>(
-                      cImage, 3, cImage)),
-                  ClException, FPC_ERROR_INVALID_PARAMETER, sMessage.c_str());
-}
-
 TEST(IpFilterMidRotating, ColourPlanesAreFilteredOneByOne)
 {
     ClImage cIn, cOut;
@@ -866,5 +400,98 @@ TEST(IpFilterMidRotating, EveryModeTellsThatMemoryIsExhausted)
                                                    static_cast<ClIpFilterMidRotating::EVarianceMode>(nMode));
             });
         EXPECT_LT(5, nFailed); // three images and the arrays of the search
+    }
+}
+
+TEST(IpFilterMidRotating, EverySizeAndWidthFollowsTheDefinition)
+{
+    ForEachRandomImage(4,
+                       [](ClImage& cIn, auto cTag)
+                       {
+                           using T = typename decltype(cTag)::Type;
+                           if constexpr (sizeof(T) == 1)
+                           {
+                               for (int nWidth = 1; nWidth <= 31; ++nWidth)
+                               {
+                                   for (const int nMode : {0, 1, 2, 3})
+                                   {
+                                       // Large masks on one plane only, for they cost much by definition.
+                                       if (nWidth <= 9 || cIn.m_nPlanes == 1)
+                                       {
+                                           ExpectRunByDefinition<T>(cIn, nWidth, nMode);
+                                       }
+                                   }
+                               }
+                           }
+                       });
+}
+
+TEST(IpFilterMidRotating, WidthsFarAboveTheImageAndBelowZero)
+{
+    constexpr long nMost = std::numeric_limits<long>::max();
+    constexpr long nLeast = std::numeric_limits<long>::min();
+    ClImage cIn, cOut;
+    FillRandom8(cIn, 20, 20, 1);
+    EXPECT_EQ(FPC_ERROR_BITMAP_DIMENSION, Rotating().ApplyParam(cIn, cOut, nMost));
+    for (const long nWidth : {nMost - 1, nLeast, nLeast + 1})
+    {
+        EXPECT_EQ(FPC_ERROR_PARAM_OUT_OF_RANGE, Rotating().ApplyParam(cIn, cOut, nWidth));
+    }
+}
+
+TEST(IpFilterMidRotating, TheOperationsThemselvesRefuseWidthsBelowOne)
+{
+    for (const unsigned char eType : {ClImage::eUInt8, ClImage::eSInt8})
+    {
+        ClImage cIn, cOut;
+        cIn.NewWithType(eType, 10, 10, 1, 0, 0);
+        FillRandom(cIn, 1);
+        Rotating cFilter;
+        cFilter.m_pInImage = &cIn;
+        cFilter.m_pOutImage = &cOut;
+        for (const int nMode : {0, 1, 2, 3})
+        {
+            cFilter.m_eVarMode = static_cast<Rotating::EVarianceMode>(nMode);
+            for (const long nWidth : {0L, -1L, -2L, -3L, -101L})
+            {
+                cFilter.m_nFilterWidth = nWidth;
+                EXPECT_EQ(FPC_ERROR_PARAM_OUT_OF_RANGE,
+                          eType == ClImage::eUInt8 ? cFilter.ProcessXY() : cFilter.ProcessSignedXY())
+                    << nWidth;
+            }
+        }
+    }
+}
+
+TEST(IpFilterMidRotating, RefusesImagesWithoutPixels)
+{
+    unsigned char anUnread[4] = {};
+    for (const unsigned char eType : {ClImage::eUInt8, ClImage::eSInt8})
+    {
+        ClImage cEmpty, cNull, cNoPlane, cOut;
+        cEmpty.NewWithType(eType, 0, 0, 1, 0, 0);
+        cNull.Attach(nullptr, eType, 20, 14, 1, 0, 0);
+        cNoPlane.Attach(anUnread, eType, 20, 14, 0, 0, 0);
+        const auto eMode = Rotating::ModeLocalMaskDeviationFloat;
+        EXPECT_EQ(FPC_ERROR_BITMAP_DIMENSION, Rotating().ApplyParam(cEmpty, cOut, 5, eMode));
+        EXPECT_EQ(FPC_ERROR_BITMAP_PTR, Rotating().ApplyParam(cNull, cOut, 5, eMode));
+        EXPECT_EQ(FPC_ERROR_BITMAP_PTR, Rotating().ApplyParam(cNoPlane, cOut, 5, eMode));
+    }
+}
+
+TEST(IpFilterMidRotating, SignedModesTellThatMemoryIsExhausted)
+{
+    ClImage cIn;
+    cIn.NewWithType(ClImage::eSInt8, 12, 13, 1, 0, 0);
+    FillRandom(cIn, 1);
+    for (const auto eMode : {Rotating::ModeLocalMaskDeviationFixPoint, Rotating::ModeLocalMaskDeviationFloat})
+    {
+        const long nFailed = ExpectBadAllocAtEveryAllocation(
+            [&cIn, eMode]
+            {
+                ClImage cOut;
+                Rotating().ApplyParam(cIn, cOut, 9, eMode);
+            });
+        EXPECT_LT(5, nFailed);
     }
 }
