@@ -245,12 +245,9 @@ inline Line_t FantByDefinition(const Line_t& aIn, int nOut)
     for (long k = 0; k < nOut; ++k)
     {
         std::vector<long> aCuts = {k * nStep};
-        for (long n = k * nStep + 1; n < (k + 1) * nStep; ++n)
+        for (long n = (k * nStep / 4096 + 1) * 4096; n < (k + 1) * nStep; n += 4096)
         {
-            if (n % 4096 == 0)
-            {
-                aCuts.push_back(n);
-            }
+            aCuts.push_back(n);
         }
         aCuts.push_back((k + 1) * nStep);
         long nSum = 0;
