@@ -342,6 +342,17 @@ TEST(Ip1to1Base, MissingImagesAreRefused)
                   (std::string(szBadPointer) + "m_pOutImage is not set").c_str());
 }
 
+TEST(Ip1to1Base, TheOutputIsLookedForBeforeThePixelsAndTheTypeBeforeBoth)
+{
+    ClImage cNoRows(10, 0, 1, 0, 0), cEmpty;
+    ClRamp cRamp;
+    cRamp.m_pInImage = &cNoRows;
+    EXPECT_RAISES(cRamp.Apply(), ClException, FPC_ERROR_BAD_POINTER,
+                  (std::string(szBadPointer) + "m_pOutImage is not set").c_str());
+    cRamp.m_pInImage = &cEmpty;
+    EXPECT_RAISES_CODE(cRamp.Apply(), FPC_ERROR_FORMAT_NOTSUPPORTED);
+}
+
 TEST(Ip1to1Base, AnImageWithoutPixelsIsRefused)
 {
     ClImage cImage(10, 0, 1, 0, 0);

@@ -5,6 +5,8 @@
 #include "TestTools.hpp"
 
 #include <algorithm>
+#include <cstring>
+#include <limits>
 #include <string>
 
 namespace
@@ -214,6 +216,36 @@ TEST(Ip2to1Base, ResultsAreTruncatedAndNotSaturated)
     SetSample(cIn1, 0, 0, 0, 1e300);
     EXPECT_EQ(0, ClMix().ApplyParam(cIn1, cIn2, cOut, ClImage::eSInt32));
     EXPECT_EQ(0, SampleAt<int>(cOut, 0, 0));
+}
+
+TEST(Ip2to1Base, NumbersThatNoIntegerHoldsKeepTheLowBitsOfTheSmallest)
+{
+    constexpr double dInfinity = std::numeric_limits<double>::infinity();
+    for (const double dNumber : {std::numeric_limits<double>::quiet_NaN(), dInfinity, -dInfinity, 1e300, -1e19})
+    {
+        SCOPED_TRACE(dNumber);
+        ClImage cIn, cOut;
+        cIn.NewWithType(ClImage::eDouble64, 1, 1, 1, 0, 0);
+        SetSample(cIn, 0, 0, 0, dNumber);
+        for (const unsigned char nType : aEveryType)
+        {
+            // The sample itself on the canvas, the fill colour behind it, and the result of the two.
+            EXPECT_EQ(0, MixShifted({2, 0}, dNumber).ApplyParam(cIn, cIn, cOut, nType));
+            if (!ClImage::IsFloatType(nType))
+            {
+                EXPECT_EQ(0, NumberAt(cOut, 0, 0, 0));
+                EXPECT_EQ(0, NumberAt(cOut, 1, 0, 0));
+            }
+            EXPECT_EQ(0, ClMix().ApplyParam(cIn, cIn, cOut, nType));
+            if (!ClImage::IsFloatType(nType))
+            {
+                EXPECT_EQ(0, NumberAt(cOut, 0, 0, 0));
+            }
+        }
+        EXPECT_EQ(0, MixShifted({2, 0}, dNumber).ApplyParam(cIn, cIn, cOut, ClImage::eDouble64));
+        EXPECT_EQ(0, std::memcmp(&dNumber, SampleAddress(cOut, 0, 0), sizeof dNumber));
+        EXPECT_EQ(0, std::memcmp(&dNumber, SampleAddress(cOut, 1, 0), sizeof dNumber));
+    }
 }
 
 TEST(Ip2to1Base, PlanesThatDoNotFitLeaveTheOverlapAsTheInputsStandThere)

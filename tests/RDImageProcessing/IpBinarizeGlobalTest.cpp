@@ -256,6 +256,16 @@ TEST(IpBinarizeGlobal, AnUnknownTypeIsAnInternalErrorBehindTheFrame)
     EXPECT_EQ(FPC_ERROR_INTERNAL, cBinarize.DoProcess(cImage, cImage));
 }
 
+TEST(IpBinarizeGlobal, AnImageWithoutPixelsIsRefusedByTheFrame)
+{
+    ClImage cNoRows(10, 0, 1, 0, 0), cEmpty, cOut;
+    EXPECT_RAISES(ClIpBinarizeGlobal().ApplyParam(cNoRows, cOut), ClException, FPC_ERROR_BAD_POINTER,
+                  "The pointer is bad or invalid.\nm_pInImage->Data() is not set");
+    EXPECT_RAISES(ClIpBinarizeGlobal().ApplyParam(cEmpty, cOut), ClException, FPC_ERROR_FORMAT_NOTSUPPORTED,
+                  "The required format is not supported.\nInput pixel type \"unknown\" not supported by processor.");
+    EXPECT_EQ(nullptr, cOut.Data());
+}
+
 TEST(IpBinarizeGlobal, AHeightBelowOneIsNoWork)
 {
     ClImage cImage;

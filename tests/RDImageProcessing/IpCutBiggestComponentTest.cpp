@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <type_traits>
 
 namespace
 {
@@ -183,6 +184,16 @@ TEST(IpCutBiggestComponent, AWhiteImageHasNothingToCut)
     EXPECT_EQ(255, SampleAt<unsigned char>(cIn, 8, 8)); // in place the image is as it was
 }
 
+TEST(IpCutBiggestComponent, AnImageWithoutPixelsIsRefusedByTheFrame)
+{
+    ClImage cNoRows(10, 0, 1, 0, 0), cEmpty, cOut;
+    EXPECT_RAISES(ClIpCutBiggestComponent().ApplyParam(cNoRows, cOut), ClException, FPC_ERROR_BAD_POINTER,
+                  "The pointer is bad or invalid.\nm_pInImage->Data() is not set");
+    EXPECT_RAISES(ClIpCutBiggestComponent().ApplyParam(cEmpty, cOut), ClException, FPC_ERROR_FORMAT_NOTSUPPORTED,
+                  "The required format is not supported.\nInput pixel type \"unknown\" not supported by processor.");
+    EXPECT_EQ(nullptr, cOut.Data());
+}
+
 TEST(IpCutBiggestComponent, AnObjectOfOneColumnOrRowLeavesNothing)
 {
     ClImage cIn;
@@ -236,6 +247,69 @@ TEST(IpCutBiggestComponent, OtherImagesAreReadOneBytePerColumn)
     EXPECT_EQ(3, cOut.m_nWidth);
     EXPECT_EQ(2, cOut.m_nHeight);
     EXPECT_EQ(3, cOut.m_nPlanes);
+}
+
+TEST(IpCutBiggestComponent, CutsEveryTypeAndNumberOfPlanesByTheBytesOfItsBinaryImage)
+{
+    ClTestRandom cRandom(8);
+    int nCuts = 0;
+    ForEachRandomImage(
+        4,
+        [&](ClImage& cIn, auto cTag)
+        {
+            using T = typename decltype(cTag)::Type;
+            if (std::is_floating_point_v<T>)
+            {
+                cIn.m_dBlack = 0.0;
+                cIn.m_dWhite = 0.1 + 256.0; // a fraction whose bytes are not all 0
+            }
+            if (cIn.m_dWhite < 255.0)
+            {
+                return; // refused, as is told below
+            }
+            ClImage cBinary, cBytes(cIn.m_nWidth, cIn.m_nHeight, 1, 0, 0);
+            cBinary = cIn;
+            for (int y = 0; y < cIn.m_nHeight; ++y)
+            {
+                for (int x = 0; x < cIn.m_nWidth * cIn.m_nPlanes; ++x)
+                {
+                    const bool bWhite = (x - 3) * (x - 3) + 4 * (y - 2) * (y - 2) > 24 && cRandom.Below(100) > 1;
+                    const T tSample = static_cast<T>(bWhite ? cIn.m_dWhite : 254);
+                    SetSample(cIn, x / cIn.m_nPlanes, y, x % cIn.m_nPlanes, tSample);
+                    SetSample(cBinary, x / cIn.m_nPlanes, y, x % cIn.m_nPlanes,
+                              static_cast<T>(bWhite ? cIn.m_dWhite : cIn.m_dBlack));
+                }
+                for (int x = 0; x < cIn.m_nWidth; ++x)
+                {
+                    const unsigned char nByte = SampleAddress(cBinary, 0, y)[x];
+                    SetSample<unsigned char>(cBytes, x, y, 0, nByte == 0 ? 0 : 255);
+                }
+            }
+            int nMinX = 0, nMinY = 0, nMaxX = 0, nMaxY = 0, nObjects = 0;
+            const bool bFound = BiggestByDefinition(cBytes, nMinX, nMinY, nMaxX, nMaxY, nObjects);
+            if (!bFound || nMaxX == nMinX || nMaxY == nMinY || nObjects > 16)
+            {
+                return;
+            }
+            ++nCuts;
+            ClImage cExpected, cOut;
+            cExpected.NewWithType(cIn.m_eDataType, nMaxX - nMinX, nMaxY - nMinY, cIn.m_nPlanes, 19685, 3937);
+            cExpected.m_nAttribute = cIn.m_nAttribute;
+            cExpected.m_dBlack = cIn.m_dBlack;
+            cExpected.m_dWhite = cIn.m_dWhite;
+            for (int y = 0; y < cExpected.m_nHeight; ++y)
+            {
+                for (int x = 0; x < cExpected.m_nWidth; ++x)
+                {
+                    std::memcpy(SampleAddress(cExpected, x, y), SampleAddress(cIn, nMinX + x, nMinY + y),
+                                sizeof(T) * static_cast<std::size_t>(cIn.m_nPlanes));
+                }
+            }
+            ASSERT_EQ(0, ClIpCutBiggestComponent().ApplyParam(cIn, cOut));
+            EXPECT_TRUE(SamePixels(cExpected, cOut));
+            EXPECT_TRUE(SameDescription(cExpected, cOut));
+        });
+    EXPECT_LT(60, nCuts);
 }
 
 TEST(IpCutBiggestComponent, EveryTypeIsTakenWithoutReadingBeyondTheImage)

@@ -126,6 +126,16 @@ TEST(IpCut, TheFirstBrokenConditionIsReported)
     EXPECT_EQ(Fault("m_nY0+m_nDestHeight > m_pInImage->Height()"), FaultOf(9, 5, 1, 2));
 }
 
+TEST(IpCut, AnImageWithoutPixelsIsRefusedByTheFrame)
+{
+    ClImage cNoRows(10, 0, 1, 0, 0), cEmpty, cOut;
+    EXPECT_RAISES(ClIpCut().ApplyParam(cNoRows, cOut), ClException, FPC_ERROR_BAD_POINTER,
+                  "The pointer is bad or invalid.\nm_pInImage->Data() is not set");
+    EXPECT_RAISES(ClIpCut().ApplyParam(cEmpty, cOut), ClException, FPC_ERROR_FORMAT_NOTSUPPORTED,
+                  "The required format is not supported.\nInput pixel type \"unknown\" not supported by processor.");
+    EXPECT_EQ(nullptr, cOut.Data());
+}
+
 TEST(IpCut, HugeNumbersDoNotWrapIntoTheImage)
 {
     EXPECT_EQ(Fault("m_nX0+m_nDestWidth > m_pInImage->Width()"), FaultOf(1, 1, nLongMax, 1));

@@ -3,6 +3,7 @@
 #include "CanvasByDefinition.hpp"
 #include "TestTools.hpp"
 
+#include <cmath>
 #include <limits>
 #include <memory>
 
@@ -195,6 +196,19 @@ TEST(IpDelta, WhatTheWorkingTypeCannotHoldWrapsAround)
     EXPECT_EQ(0.0, (DeltaOf<unsigned short, int>(I::eUInt16, 0, I::eSInt32, INT32_MIN, I::eUInt32)));
     EXPECT_EQ(4464.0, (DeltaOf<unsigned char, int>(I::eUInt8, 0, I::eSInt32, 70000, I::eUInt16)));
     EXPECT_EQ(0.0, (DeltaOf<int, double>(I::eSInt32, 0, I::eDouble64, 1e300, I::eUInt32)));
+}
+
+TEST(IpDelta, ADistanceThatIsNotANumberStaysOneAndIsZeroInIntegers)
+{
+    using I = ClImage;
+    const double dNaN = std::numeric_limits<double>::quiet_NaN();
+    const double dInfinity = std::numeric_limits<double>::infinity();
+    EXPECT_TRUE(std::isnan(DeltaOf<double, double>(I::eDouble64, dNaN, I::eDouble64, 1.0, I::eDouble64)));
+    EXPECT_TRUE(std::isnan(DeltaOf<double, double>(I::eDouble64, dInfinity, I::eDouble64, dInfinity, I::eFloat32)));
+    EXPECT_EQ(0.0, (DeltaOf<double, unsigned char>(I::eDouble64, dNaN, I::eUInt8, 9, I::eUInt16)));
+    EXPECT_EQ(0.0, (DeltaOf<float, float>(I::eFloat32, static_cast<float>(dNaN), I::eFloat32, 1.0f, I::eSInt32)));
+    EXPECT_EQ(1.0, (DeltaOf<double, double>(I::eDouble64, dInfinity, I::eDouble64, -dInfinity, I::eDouble64)));
+    EXPECT_EQ(9.0, (DeltaOf<unsigned char, double>(I::eUInt8, 9, I::eDouble64, dNaN, I::eUInt8))); // as 0
 }
 
 TEST(IpDelta, TheBoundsMayStandInEitherOrderAndAreTruncated)

@@ -220,6 +220,16 @@ TEST(IpRgbToGrey, RefusesAnUnknownMode)
     }
 }
 
+TEST(IpRgbToGrey, AnImageWithoutPixelsIsRefusedByTheFrame)
+{
+    ClImage cNoRows(10, 0, 1, 0, 0), cEmpty, cOut;
+    EXPECT_RAISES(ClIpRgbToGrey().ApplyParam(cNoRows, cOut), ClException, FPC_ERROR_BAD_POINTER,
+                  "The pointer is bad or invalid.\nm_pInImage->Data() is not set");
+    EXPECT_RAISES(ClIpRgbToGrey().ApplyParam(cEmpty, cOut), ClException, FPC_ERROR_FORMAT_NOTSUPPORTED,
+                  "The required format is not supported.\nInput pixel type \"unknown\" not supported by processor.");
+    EXPECT_EQ(nullptr, cOut.Data());
+}
+
 TEST(IpRgbToGrey, RefusesLessThanThreePlanes)
 {
     for (const int nPlanes : {1, 2})

@@ -202,6 +202,51 @@ TEST(IpRotate, PlanesAreTurnedOneByOne)
     }
 }
 
+TEST(IpRotate, EveryTypeSizeAndContentIsTurnedPlaneByPlane)
+{
+    const std::pair<ClImage::EContent, int> aContents[] = {
+        {ClImage::eUnknown, 0}, {ClImage::eRGB, 3}, {ClImage::eRGBA, 4}, {ClImage::eGrayscale, 1}, {ClImage::eHSV, 3}};
+    int n = 0;
+    ForEachRandomImage(
+        4,
+        [&](ClImage& cIn, auto)
+        {
+            const auto [eContent, nOfContent] = aContents[++n % 5];
+            if (cIn.m_nPlanes == 1)
+            {
+                return;
+            }
+            cIn.m_eContent = eContent;
+            const int nPlanes = nOfContent == 0 ? cIn.m_nPlanes : nOfContent;
+            const StTurn c{ClVector(2, 1.5), 0.3 * n, n % 2 == 0, n % 3 == 0, 0};
+            ClImage cOut;
+            ClIpRotate cRotate;
+            ASSERT_EQ(0, Turn(cRotate, cIn, cOut, c));
+            ASSERT_EQ(nPlanes, cOut.m_nPlanes);
+            EXPECT_EQ((cIn.m_eDataType & 128) != 0 ? ClImage::eSInt8 : ClImage::eUInt8, cOut.m_eDataType);
+            for (int p = 0; p < nPlanes; ++p)
+            {
+                ClImage cPlane, cBytes, cExpected, cActual;
+                cIn.GetPlane(std::min(p, cIn.m_nPlanes - 1), cPlane);
+                cBytes.NewWithType(cOut.m_eDataType, cIn.m_nWidth, cIn.m_nHeight, 1, cIn.m_nXRes, cIn.m_nYRes);
+                for (int y = 0; y < cIn.m_nHeight; ++y)
+                {
+                    for (int x = 0; x < cIn.m_nWidth; ++x)
+                    {
+                        // wider samples are read as the first bytes of their row; what the input has not is black
+                        const unsigned char nByte = p < cIn.m_nPlanes ? SampleAddress(cPlane, 0, y)[x] : 0;
+                        SetSample(cBytes, x, y, 0, nByte);
+                    }
+                }
+                ClVector cPivotOut;
+                TurnByDefinition(cBytes, c, cExpected, cPivotOut);
+                cOut.GetPlane(p, cActual);
+                ASSERT_TRUE(SamePixels(cExpected, cActual)) << "plane " << p;
+                EXPECT_EQ(cIn.m_nXRes, cOut.m_nXRes);
+            }
+        });
+}
+
 TEST(IpRotate, AFailureAmongThePlanesPutsTheSettingsBack)
 {
     ClImage cIn;

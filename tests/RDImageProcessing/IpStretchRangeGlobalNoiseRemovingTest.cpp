@@ -4,6 +4,7 @@
 #include "SampleAccess.hpp"
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -113,6 +114,10 @@ TEST(IpStretchRangeGlobalNoiseRemoving, SharesOfOneOrMoreCutNothing)
     std::for_each(cIn.Data(), cIn.Data() + 12 * 9, [](unsigned char& n) { n = static_cast<unsigned char>(n / 4 + 9); });
     ClIpStretchRangeGlobalNoiseRemoving cStretch;
     ASSERT_EQ(0, cStretch.ApplyParam(cIn, cOut, 1.0, 1.5));
+    EXPECT_EQ(0, cStretch.m_nActRangeFrom);
+    EXPECT_EQ(255, cStretch.m_nActRangeTo);
+    constexpr double dNaN = std::numeric_limits<double>::quiet_NaN();
+    ASSERT_EQ(0, cStretch.ApplyParam(cIn, cOut, dNaN, dNaN)); // not below one, either
     EXPECT_EQ(0, cStretch.m_nActRangeFrom);
     EXPECT_EQ(255, cStretch.m_nActRangeTo);
 }

@@ -135,6 +135,51 @@ TEST(IpStretchRangeGlobal, NeedsAnInput)
     EXPECT_RAISES_CODE(cStretch.Apply(), -37);
 }
 
+TEST(IpStretchRangeGlobal, AnImageWithoutPixelsHasNoOccupiedRange)
+{
+    ClImage cNoRows(5, 0, 1, 0, 0), cEmpty, cOut;
+    EXPECT_RAISES(ClIpStretchRangeGlobal().ApplyParam(cNoRows, cOut), ClException, -101,
+                  "Internal error.\ninvalid Range in ClHistogram::Create.");
+    EXPECT_RAISES(ClIpStretchRangeGlobal().ApplyParam(cEmpty, cOut), ClException, -101,
+                  "Internal error.\nColor-image not supported in ClHistogram::Create.");
+    ClIpStretchRangeGlobal cStretch;
+    cStretch.m_nOldRangeFrom = 0;
+    cStretch.m_nOldRangeTo = 9;
+    EXPECT_EQ(0, cStretch.ApplyParam(cNoRows, cOut)); // with a range of its own there is nothing to map
+    EXPECT_EQ(5, cOut.m_nWidth);
+    EXPECT_EQ(nullptr, cOut.Data());
+}
+
+TEST(IpStretchRangeGlobal, SignedSamplesAreCountedFromTheSmallestAndMappedAsBytes)
+{
+    for (int nPlanes = 1; nPlanes <= 4; ++nPlanes)
+    {
+        ClImage cIn, cOut, cExpected;
+        cIn.NewWithType(ClImage::eSInt8, 13, 7, nPlanes, 0, 0);
+        ClTestRandom cRandom(9);
+        int nFirst = 127, nLast = -128;
+        for (int i = 0; i < 13 * 7 * nPlanes; ++i)
+        {
+            const int nValue = cRandom.Below(120) - 70;
+            SetSample(cIn, i / nPlanes % 13, i / nPlanes / 13, i % nPlanes, static_cast<signed char>(nValue));
+            nFirst = std::min(nFirst, nValue);
+            nLast = std::max(nLast, nValue);
+        }
+        ClIpStretchRangeGlobal cStretch;
+        ASSERT_EQ(0, cStretch.ApplyParam(cIn, cOut));
+        ExpectTable(cStretch, nFirst + 128, nLast + 128);
+        cExpected.New(cIn);
+        for (int i = 0; i < 13 * 7 * nPlanes; ++i)
+        {
+            const int x = i / nPlanes % 13, y = i / nPlanes / 13, n = i % nPlanes;
+            const int nByte = SampleAt<unsigned char>(cIn, x, y, n);
+            SetSample(cExpected, x, y, n,
+                      static_cast<unsigned char>(Stretched(nByte, nFirst + 128, nLast + 128, 0, 255)));
+        }
+        EXPECT_TRUE(SamePixels(cExpected, cOut));
+    }
+}
+
 TEST(IpStretchRangeGlobal, PublishesTheNewRangeBeforeTheOldOne)
 {
     ClIpStretchRangeGlobal cStretch;
