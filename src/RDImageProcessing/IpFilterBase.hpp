@@ -6,10 +6,9 @@
 
 /// Frame of the neighbourhood filters: width and direction of the neighbourhood, planes one by one, and one operation
 /// for each direction and signedness.
-/// Input   One plane for the operations of a derived class; of a colour image the first three planes are run one by
-/// one. Output  Made by the operation; never the input itself, but for a colour image and for a width of 1 or less.
-/// Errors  -10 if output is input; -33 for a direction that the filter does not offer; ClExVelmarin -10 without an
-/// input
+/// Input   One plane for the operations of a derived class; of a colour image the first three planes, one by one.
+/// Output  Made by the operation; never the input itself, but for a colour image and for a width of 1 or less.
+/// Errors  -10 if output is input; -33 for a direction that the filter does not offer; ClExVelmarin -10 without input
 ///         or output and -35 for an unknown mode.
 /// Thread  One object, one thread.
 class ClIpFilterBase : public ClProcessorBase
