@@ -16,12 +16,16 @@ namespace
 {
 constexpr long nUnlimited = -1;
 thread_local long nAllocationsLeft = nUnlimited;
+thread_local std::size_t nGreatest = 0;
 
 /// Stands in front of each block; as large as the strictest alignment, so that the block keeps it.
 struct alignas(std::max_align_t) StTag
 {
     bool m_bArray;
 };
+
+constexpr std::size_t nAnySize = std::size_t(-1) - sizeof(StTag);
+thread_local std::size_t nMostAtOnce = nAnySize;
 
 void* Allocate(std::size_t nSize, bool bArray) noexcept
 {
@@ -30,7 +34,11 @@ void* Allocate(std::size_t nSize, bool bArray) noexcept
         nAllocationsLeft = 0;
         return nullptr;
     }
-    if (nSize > std::size_t(-1) - sizeof(StTag))
+    if (nSize > nGreatest)
+    {
+        nGreatest = nSize;
+    }
+    if (nSize > nMostAtOnce)
     {
         return nullptr;
     }
@@ -79,6 +87,22 @@ ClFailingHeap::ClFailingHeap(long nPassing)
 ClFailingHeap::~ClFailingHeap()
 {
     nAllocationsLeft = nUnlimited;
+}
+
+ClLimitedHeap::ClLimitedHeap(std::size_t nMost)
+{
+    nMostAtOnce = nMost;
+    nGreatest = 0;
+}
+
+ClLimitedHeap::~ClLimitedHeap()
+{
+    nMostAtOnce = nAnySize;
+}
+
+std::size_t ClLimitedHeap::Greatest()
+{
+    return nGreatest;
 }
 
 void* operator new(std::size_t nSize)

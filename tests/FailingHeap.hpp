@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+
 /// While it lives, operator new of this thread fails after nPassing more allocations. Test programs that use it check
 /// moreover that array-new meets array-delete, because with operators of their own the address sanitizer no longer can.
 class ClFailingHeap
@@ -13,6 +15,19 @@ public:
     ClFailingHeap(const ClFailingHeap&) = delete;
     ClFailingHeap& operator=(const ClFailingHeap&) = delete;
     ~ClFailingHeap();
+};
+
+/// While it lives, operator new of this thread fails for more than nMost bytes at once, and the greatest request is
+/// kept.
+class ClLimitedHeap
+{
+public:
+    explicit ClLimitedHeap(std::size_t nMost);
+    ClLimitedHeap(const ClLimitedHeap&) = delete;
+    ClLimitedHeap& operator=(const ClLimitedHeap&) = delete;
+    ~ClLimitedHeap();
+
+    static std::size_t Greatest(); ///< bytes asked for at once, whether they were given or not
 };
 
 /// Runs fn again and again, letting its first, second, third... allocation fail, until it needs no more of them. Each

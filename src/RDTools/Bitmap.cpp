@@ -38,13 +38,6 @@ bool SameBytes(const void* pFirst, const void* pSecond, std::size_t nBytes)
     return pFirst != nullptr && pSecond != nullptr && std::memcmp(pFirst, pSecond, nBytes) == 0;
 }
 
-/// Array-new in units of the header, the type by which the block will be deleted.
-unsigned char* AllocBlock(std::uint64_t nBytes)
-{
-    const unsigned long nUnits = (nBytes + ClBitmapLayout::nHeaderSize - 1) / ClBitmapLayout::nHeaderSize;
-    return reinterpret_cast<unsigned char*>(NewArray<tagBITMAPINFOHEADER>(nUnits));
-}
-
 /// Runs fn, which fills the bitmap; if it fails the bitmap becomes empty.
 template <class Fn> auto FillOrClear(ClBitmap& cBitmap, Fn&& fn)
 {
@@ -57,22 +50,6 @@ template <class Fn> auto FillOrClear(ClBitmap& cBitmap, Fn&& fn)
         cBitmap.ClearFree();
         throw;
     }
-}
-
-/// A block for this header, the given table and its pixels.
-unsigned char* AllocBlock(int nWidth, int nHeight, int nBitCount, unsigned long nTableBytes, bool bWithPixels)
-{
-    std::uint64_t nBytes = ClBitmapLayout::nHeaderSize + nTableBytes;
-    if (bWithPixels)
-    {
-        const int nRow = ClBitmap::RowBytes(nBitCount, nWidth);
-        if (nRow < 0 || nHeight < 0 || ClBitmapLayout::HonestRowBytes(nBitCount, nWidth) != nRow)
-        {
-            ThrowBadAlloc();
-        }
-        nBytes += static_cast<std::uint64_t>(nRow) * static_cast<std::uint64_t>(nHeight);
-    }
-    return AllocBlock(nBytes);
 }
 
 void FillHeader(tagBITMAPINFOHEADER& cHeader, long nWidth, long nHeight, long nBitCount, long nCompression)
@@ -191,7 +168,7 @@ unsigned char* ClBitmap::BitmapAlloc(int nWidth, int nHeight, int nBitCount, uns
     {
         nEntries = 3;
     }
-    return AllocBlock(nWidth, nHeight, nBitCount, ClBitmapLayout::nEntrySize * nEntries, bWithPixels);
+    return ClBitmapLayout::NewBlock(nWidth, nHeight, nBitCount, ClBitmapLayout::nEntrySize * nEntries, bWithPixels);
 }
 
 void ClBitmap::FillBI(tagBITMAPINFOHEADER* pBI, long nWidth, long nHeight, long nBitCount, long nCompression)
@@ -365,8 +342,8 @@ void ClBitmap::CopyFrom(const ClBitmap& cOther, bool bCopy)
         return;
     }
     const tagBITMAPINFOHEADER& cHeader = cOther.Header();
-    unsigned char* pBlock =
-        AllocBlock(cHeader.biWidth, cHeader.biHeight, cHeader.biBitCount, ClBitmapLayout::TableBytes(cHeader), true);
+    unsigned char* pBlock = ClBitmapLayout::NewBlock(cHeader.biWidth, cHeader.biHeight, cHeader.biBitCount,
+                                                     ClBitmapLayout::TableBytes(cHeader), true);
     CopyBytes(pBlock, &cHeader, ClBitmapLayout::nHeaderSize);
     m_pPalette = CheckPtr(pBlock, 0);
     CopyBytes(m_pPalette, cOther.m_pPalette, ClBitmapLayout::TableBytes(cHeader));

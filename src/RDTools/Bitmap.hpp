@@ -8,6 +8,7 @@
 #include <cstdint>
 
 class ClImage;
+class ClStream;
 
 #ifndef KS_BITMAPINFOHEADER_DEFINED
 #define KS_BITMAPINFOHEADER_DEFINED
@@ -214,6 +215,27 @@ public:
     void SplitChannels(ClImage& cRed, ClImage& cGreen, ClImage& cBlue) const;
     /// Writes the three colours as by SetChannel, at once.
     void JoinChannels(const ClImage& cRed, const ClImage& cGreen, const ClImage& cBlue);
+
+    /// Reads a BMP file, plain, RLE8 or with bit fields, from the stream's position on; a file may lack its file
+    /// header. In memory it is always decoded, its height positive, its rows bottom-up. What lies between header and
+    /// pixels fills the table and must be as long as the table: behind a longer one the rows are sought as far behind
+    /// it as it is too long, behind a shorter one as far before. The stream stands behind the last byte used, its byte
+    /// order and m_bCheckShort as before. Where the stream can tell its size, a picture that it cannot hold is refused
+    /// before memory is asked for. Errors, which leave the bitmap empty and the stream little-endian with m_bCheckShort
+    /// set: no BMP file -210; RLE4, RLE8 of other than 8 bits, an unknown compression -31; damaged RLE8 data, or an
+    /// absolute run in it -38; a file that ends early ClExStreamUnexpectedEnd -201; those of MemToBitmapInfoHeader; a
+    /// size, table included, that is negative or beyond 32 bits, and a table that is not there with more entries than
+    /// there are colours -102.
+    void Load(ClStream& cStream);
+    void Load(const char* szName); ///< Errors moreover: those of ClFileStream::Open
+    /// Writes a BMP file. On the way the header is mended: a biSizeImage of 0 becomes the size of the pixels; biClrUsed
+    /// is limited to what a pixel up to 8 bits can reach, and 0 above; biClrImportant to the colours of the depth, 1
+    /// for 32 bits. A table above 8 bits is not written, though the offset of the pixels counts it. Errors: an area
+    /// without pixels, or a table that is missing -10; a negative size, or a row beyond 32 bits -14; compressed without
+    /// biSizeImage -33: nothing is written then. A short count ClExStreamFailToWrite -202, with m_bCheckShort
+    /// ClExStreamUnexpectedEnd -201.
+    void Store(ClStream& cStream) const;
+    void Store(const char* szName) const; ///< Errors moreover: those of ClFileStream::Open and Close
 
     boost::shared_ptr<tagBITMAPINFOHEADER> m_pBIH; ///< the header, or null in an empty bitmap; always holds a count
     std::uint32_t* m_pPalette = nullptr;           ///< colour table or masks, or null; may be misaligned

@@ -1,5 +1,7 @@
 #include "RDTools/BitmapLayout.hpp"
 
+#include "RDTools/TpArrayStatic.hpp"
+
 #include <cstdlib>
 
 namespace
@@ -76,6 +78,22 @@ bool ClBitmapLayout::HoldsPixels(const unsigned char* pDIB, unsigned long nSize)
     const auto& cHeader = *reinterpret_cast<const tagBITMAPINFOHEADER*>(pDIB);
     const unsigned long nTable = TableBytes(cHeader);
     return nSize - nHeaderSize >= nTable && Fits(cHeader, nSize - nHeaderSize - nTable);
+}
+
+unsigned char* ClBitmapLayout::NewBlock(int nWidth, int nHeight, int nBitCount, unsigned long nTableBytes,
+                                        bool bWithPixels)
+{
+    std::uint64_t nBytes = nHeaderSize + nTableBytes;
+    if (bWithPixels)
+    {
+        const int nRow = ClBitmap::RowBytes(nBitCount, nWidth);
+        if (nRow < 0 || nHeight < 0 || HonestRowBytes(nBitCount, nWidth) != nRow)
+        {
+            ThrowBadAlloc();
+        }
+        nBytes += static_cast<std::uint64_t>(nRow) * static_cast<std::uint64_t>(nHeight);
+    }
+    return reinterpret_cast<unsigned char*>(NewArray<tagBITMAPINFOHEADER>((nBytes + nHeaderSize - 1) / nHeaderSize));
 }
 
 const unsigned char* ClBitmapLayout::TakeHeader(const unsigned char* pDIB)

@@ -28,6 +28,9 @@ public:
     /// Bytes of the pixels that there are to copy, fill or compare; none if the size is negative.
     static std::size_t PixelBytes(const tagBITMAPINFOHEADER& cHeader);
     static bool HoldsPixels(const unsigned char* pDIB, unsigned long nSize); ///< see ClBitmap
+    /// A block for a header, a table of nTableBytes and, if bWithPixels, the pixels; nothing in it is initialised. It
+    /// is an array of headers, by which type it is deleted. Errors: -102, also for a size that is not honest.
+    static unsigned char* NewBlock(int nWidth, int nHeight, int nBitCount, unsigned long nTableBytes, bool bWithPixels);
 
     explicit ClBitmapLayout(unsigned long nSize) : m_nSize(nSize), m_nRemainder(nSize), m_bKnown(nSize != 0) {}
 
