@@ -10,8 +10,7 @@
 
 namespace
 {
-constexpr double dUpright = 1.57; // radians
-constexpr long nEdgeRows = 2;     // a cut that starts this low may hold a finger that runs off the picture
+constexpr long nEdgeRows = 2; // a cut that starts this low may hold a finger that runs off the picture
 
 long Scaled(int nValue, double dScale)
 {
@@ -99,20 +98,43 @@ void ClIpFourPrintSegmentation::CalculateBoxCoordinates(cBoundingboxes cResult, 
 {
     const long nWidth = m_pInImage->m_nWidth;
     const long nHeight = m_pInImage->m_nHeight;
-    const int nCutX = CastSample<int>(cOrigin.m_nMinX * m_dScale);
-    const int nCutY = CastSample<int>(cOrigin.m_nMinY * m_dScale);
     // The limits are those of the input, also where the box stands in the larger rotated image.
-    nLeft = std::max(0L, static_cast<long>(cResult.m_nMinX) + nCutX);
-    nRight = std::min(nWidth - 1, static_cast<long>(cResult.m_nMaxX) + nCutX);
-    nBottom = std::max(0L, static_cast<long>(cResult.m_nMinY) + nCutY);
-    nTop = std::min(nHeight - 1, static_cast<long>(cResult.m_nMaxY) + nCutY);
-    if (m_dRotation == 0.0)
+    StRectangle cPlace = Clamped(PlaceOfBox(cResult, cOrigin), nWidth, nHeight);
+    if (m_dRotation != 0.0)
     {
-        return;
+        cPlace = TurnedBack(cPlace, m_dRotation, nWidth, nHeight);
     }
+    nLeft = cPlace.nLeft;
+    nRight = cPlace.nRight;
+    nBottom = cPlace.nBottom;
+    nTop = cPlace.nTop;
+}
+
+/// A box inside a cut-out as a place in the full-resolution image that the cut-out was taken from.
+ClIpFourPrintSegmentation::StRectangle ClIpFourPrintSegmentation::PlaceOfBox(const cBoundingboxes& cResult,
+                                                                             const cBoundingboxes& cOrigin) const
+{
+    const long nCutX = CastSample<int>(cOrigin.m_nMinX * m_dScale);
+    const long nCutY = CastSample<int>(cOrigin.m_nMinY * m_dScale);
+    return {cResult.m_nMinX + nCutX, cResult.m_nMaxX + nCutX, cResult.m_nMinY + nCutY, cResult.m_nMaxY + nCutY};
+}
+
+/// Each limit held to the side of a picture that it can leave; a box beyond the picture stays beyond it.
+ClIpFourPrintSegmentation::StRectangle ClIpFourPrintSegmentation::Clamped(const StRectangle& cPlace, long nWidth,
+                                                                          long nHeight)
+{
+    return {std::max(0L, cPlace.nLeft), std::min(nWidth - 1, cPlace.nRight), std::max(0L, cPlace.nBottom),
+            std::min(nHeight - 1, cPlace.nTop)};
+}
+
+/// A place in the rotated picture of a hand at the angle dHand as the upright rectangle around its corners in the
+/// unrotated one, of nWidth by nHeight pixels, clamped to that.
+ClIpFourPrintSegmentation::StRectangle ClIpFourPrintSegmentation::TurnedBack(const StRectangle& cPlace, double dHand,
+                                                                             long nWidth, long nHeight)
+{
     ClIpRotate cRotate; // no image is rotated: only the mapping of points is used
     cRotate.m_cCenter = ClVector(0, 0);
-    cRotate.m_dRotation = dUpright - m_dRotation;
+    cRotate.m_dRotation = dUpright - dHand;
 
     // The shift that the rotation of the image added. The right corners lie at the width, not at the last column.
     const double dWidth = static_cast<double>(nWidth);
@@ -129,16 +151,16 @@ void ClIpFourPrintSegmentation::CalculateBoxCoordinates(cBoundingboxes cResult, 
     const long nShiftX = std::labs(CastSample<int>(dMinX));
     const long nShiftY = std::labs(CastSample<int>(dMinY));
 
-    const double dLeft = static_cast<double>(nLeft - nShiftX);
-    const double dRight = static_cast<double>(nRight - nShiftX);
-    const double dBottom = static_cast<double>(nBottom - nShiftY);
-    const double dTop = static_cast<double>(nTop - nShiftY);
+    const double dLeft = static_cast<double>(cPlace.nLeft - nShiftX);
+    const double dRight = static_cast<double>(cPlace.nRight - nShiftX);
+    const double dBottom = static_cast<double>(cPlace.nBottom - nShiftY);
+    const double dTop = static_cast<double>(cPlace.nTop - nShiftY);
     const ClVector cLowerLeft = cRotate.TransformInverse(ClVector(dLeft, dBottom));
     const ClVector cUpperRight = cRotate.TransformInverse(ClVector(dRight, dTop));
     const ClVector cUpperLeft = cRotate.TransformInverse(ClVector(dLeft, dTop));
     const ClVector cLowerRight = cRotate.TransformInverse(ClVector(dRight, dBottom));
-    nLeft = std::max(0, CastSample<int>(std::min(cLowerLeft.m_dX, cUpperLeft.m_dX)));
-    nRight = std::min(nWidth - 1, CastSample<long>(std::max(cUpperRight.m_dX, cLowerRight.m_dX)));
-    nBottom = std::max(0, CastSample<int>(std::min(cLowerLeft.m_dY, cLowerRight.m_dY)));
-    nTop = std::min(nHeight - 1, CastSample<long>(std::max(cUpperRight.m_dY, cUpperLeft.m_dY)));
+    return {std::max(0, CastSample<int>(std::min(cLowerLeft.m_dX, cUpperLeft.m_dX))),
+            std::min(nWidth - 1, CastSample<long>(std::max(cUpperRight.m_dX, cLowerRight.m_dX))),
+            std::max(0, CastSample<int>(std::min(cLowerLeft.m_dY, cLowerRight.m_dY))),
+            std::min(nHeight - 1, CastSample<long>(std::max(cUpperRight.m_dY, cUpperLeft.m_dY)))};
 }

@@ -20,7 +20,6 @@ constexpr int nCutMargin = 18;
 constexpr double dOverlapLimit = 0.6; // share of a box that another one may cover
 
 constexpr unsigned char nBackground = 255;
-constexpr double dUpright = 1.57; // radians; this value as it stands, not pi over 2
 } // namespace
 
 ClIpFourPrintSegmentation::ClCustomGeometricObjects::~ClCustomGeometricObjects() = default;

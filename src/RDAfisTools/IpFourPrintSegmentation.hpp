@@ -121,6 +121,25 @@ public:
     long CalculateFingerPositions(bool& bSlot0, bool& bSlot1, bool& bSlot2, bool& bSlot3);
     long ProcessHorizontalThumbs(TpArrayStatic<bool>& aLeftOfCenter);
 
+    // Looking at the state after a run (IpFourPrintDemo.cpp). None of these changes the processor.
+    /// The input with three planes and the finished boxes drawn on it as frames of one pixel. dAngle: that of the hand
+    /// as in m_dRotation, 0 for an upright one. An upright hand has one frame a finger, with the samples 255, 0, 0. Of
+    /// another hand the picture is turned upright for these frames and back, which blurs it, and each finger has a
+    /// second frame, 255, 0, 255: the rectangle in the input. pPicture gets the input's size; an input of 2 or 4 planes
+    /// keeps them, and one of 2 or of other than 8 bits has no frames.
+    /// Errors: -10 without input or picture, or if they are the same image; ClExBadAlloc. An operator that fails leaves
+    /// the picture empty.
+    long CreateDemoPicture(ClImage* pPicture, double dAngle) const;
+    /// Copies m_aCenters, its capacity included.
+    void SaveKoords(TpArrayDynamic<ClVector, 10>& aCenters) const;
+    /// Copy the first four entries of m_aBoxes, m_aResultBoxes or m_aOriginBoxes; a missing one is a box that has seen
+    /// nothing.
+    void SaveBoxes(cBoundingboxes& cBox0, cBoundingboxes& cBox1, cBoundingboxes& cBox2, cBoundingboxes& cBox3) const;
+    void SaveResultBoxes(cBoundingboxes& cBox0, cBoundingboxes& cBox1, cBoundingboxes& cBox2,
+                         cBoundingboxes& cBox3) const;
+    void SaveAfisBoxes(cBoundingboxes& cBox0, cBoundingboxes& cBox1, cBoundingboxes& cBox2,
+                       cBoundingboxes& cBox3) const;
+
     ClImage* m_pInImage = nullptr;  ///< not owned
     ClImage* m_pOutImage = nullptr; ///< if not null, receives the binary image; not owned
     TpArrayDynamic<tagRECT, 10> m_aRects;
@@ -149,6 +168,8 @@ public:
     int m_nRotationDelta = 0;                ///< width of the rotated image minus that of the unrotated one
 
 private:
+    static constexpr double dUpright = 1.57; // radians; this value as it stands, not pi over 2
+
     // The halves of a run (IpFourPrintSegmentation.cpp)
     long Detect(ClImage& cGrey, ClImage& cBinary, Components_t& aComponents, double& dAngle, Marks_t& aSelected);
     void MakeBoxes(const ClImage& cBinary, Components_t& aComponents, const Marks_t& aSelected, double dAngle);
@@ -157,6 +178,22 @@ private:
     long CutAndJudge(ClImage& cGrey, double dAngle);
     void CollectRectangles();
     void LimitImages();
+
+    // Geometry: a rectangle of a picture, limits inclusive; in pictures of any size, so wider than their coordinates
+    struct StRectangle
+    {
+        long nLeft;
+        long nRight;
+        long nBottom;
+        long nTop;
+    };
+    StRectangle PlaceOfBox(const cBoundingboxes& cResult, const cBoundingboxes& cOrigin) const;
+    static StRectangle Clamped(const StRectangle& cPlace, long nWidth, long nHeight);
+    static StRectangle TurnedBack(const StRectangle& cPlace, double dHand, long nWidth, long nHeight);
+
+    // Demonstration picture
+    template <class Fn> void ForEachFinger(Fn&& fn) const;
+    static void DrawFrame(ClImage& cPicture, const StRectangle& cPlace, const unsigned char (&anColour)[3]);
 
     // Rules
     void FillCandidates(const Components_t& aComponents, Marks_t& aSelected);

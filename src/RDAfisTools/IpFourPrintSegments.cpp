@@ -16,7 +16,6 @@ constexpr double dVoterTo = 2.4;
 constexpr int nEnoughVoters = 3;
 constexpr double dUprightFrom = 1.4; // radians: a hand within these limits is left as it stands
 constexpr double dUprightTo = 1.75;
-constexpr double dUpright = 1.57;
 
 constexpr double dCutArea = 8000.0; // pixels; a smaller object is never cut
 constexpr int nTall = 150;
