@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -15,44 +14,48 @@ namespace
 {
 const std::filesystem::path cOperators = KORMELIN_SOURCE_FOLDER "/src/RDImageProcessing";
 
-std::string TextOf(const std::filesystem::path& cPath)
+std::vector<std::string> LinesOf(const std::filesystem::path& cPath)
 {
     const std::vector<std::uint8_t> aBytes = ReadWholeFile(cPath.string());
-    return std::string(aBytes.begin(), aBytes.end());
+    std::istringstream cText(std::string(aBytes.begin(), aBytes.end()));
+    std::vector<std::string> asLines;
+    for (std::string sLine; std::getline(cText, sLine);) asLines.push_back(sLine);
+    return asLines;
 }
 
-std::vector<std::smatch> AllMatches(const std::string& sText, const std::regex& cPattern)
-{
-    return {std::sregex_iterator(sText.begin(), sText.end(), cPattern), std::sregex_iterator()};
-}
-
-/// The names that the operators' sources return from Name().
+/// The names that the operators' sources return from Name(): in the second line below its head.
 std::set<std::string> NamesInTheSources()
 {
     std::set<std::string> asNames;
     for (const auto& cEntry : std::filesystem::directory_iterator(cOperators))
     {
-        const std::string sText = TextOf(cEntry.path());
-        static const std::regex cName(R"re(::Name\(\) const\s*\{\s*return "(\w+)";)re");
-        for (const std::smatch& cMatch : AllMatches(sText, cName)) asNames.insert(cMatch[1]);
+        const std::vector<std::string> asLines = LinesOf(cEntry.path());
+        for (std::size_t i = 0; i + 2 < asLines.size(); ++i)
+        {
+            if (asLines[i].find("::Name() const") == std::string::npos) continue;
+            const std::string& sReturn = asLines[i + 2];
+            const std::size_t nFirst = sReturn.find('"') + 1;
+            asNames.insert(sReturn.substr(nFirst, sReturn.rfind('"') - nFirst));
+        }
     }
     return asNames;
 }
 
-/// The enumerators that the operators' headers declare with a value each.
+/// The enumerators that the operators' headers declare, one a line with its value.
 std::set<std::string> ModesInTheHeaders()
 {
     std::set<std::string> asModes;
     for (const auto& cEntry : std::filesystem::directory_iterator(cOperators))
     {
         if (cEntry.path().extension() != ".hpp") continue;
-        const std::string sText = TextOf(cEntry.path());
-        static const std::regex cEnum(R"(\n    enum \w+ : \w+\s*\{([^}]*)\})");
-        for (const std::smatch& cMatch : AllMatches(sText, cEnum))
+        bool bInEnum = false;
+        for (const std::string& sLine : LinesOf(cEntry.path()))
         {
-            const std::string sBody = cMatch[1];
-            static const std::regex cEnumerator(R"(\n\s+(\w+) = )");
-            for (const std::smatch& cOne : AllMatches(sBody, cEnumerator)) asModes.insert(cOne[1]);
+            bInEnum = sLine.rfind("    enum ", 0) == 0 || (bInEnum && sLine != "    };");
+            const std::size_t nEquals = sLine.find(" = ");
+            if (!bInEnum || nEquals == std::string::npos) continue;
+            const std::size_t nFirst = sLine.find_first_not_of(' ');
+            asModes.insert(sLine.substr(nFirst, nEquals - nFirst));
         }
     }
     return asModes;
