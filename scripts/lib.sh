@@ -5,7 +5,7 @@ jobs=$(nproc 2>/dev/null || echo 2)
 
 # What a build needs, and what tests, benchmarks and the contact sheet need beyond that.
 build_packages=(cmake g++ ninja-build libboost-dev)
-test_packages=(libgtest-dev libgmock-dev pkg-config python3-numpy python3-pytest)
+test_packages=(libgtest-dev libgmock-dev pkg-config python3-numpy python3-pytest imagemagick)
 tool_packages=()
 bench_packages=(libbenchmark-dev)
 sheet_packages=(libgd-dev)
