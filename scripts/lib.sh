@@ -5,8 +5,8 @@ jobs=$(nproc 2>/dev/null || echo 2)
 
 # What a build needs, and what tests, benchmarks and the contact sheet need beyond that.
 build_packages=(cmake g++ ninja-build libboost-dev)
-test_packages=(libgtest-dev libgmock-dev pkg-config python3-numpy python3-pytest imagemagick)
-tool_packages=()
+test_packages=(libgtest-dev libgmock-dev pkg-config python3-numpy python3-pytest python3-jsonschema imagemagick)
+tool_packages=(libcli11-dev nlohmann-json3-dev libpng-dev libjpeg62-turbo-dev libtiff-dev libopenjp2-7-dev)
 bench_packages=(libbenchmark-dev)
 sheet_packages=(libgd-dev)
 

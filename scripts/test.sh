@@ -7,8 +7,8 @@ set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
 
 use_real_slaps
-install_missing "${build_packages[@]}" "${test_packages[@]}" "${bench_packages[@]}" "${sheet_packages[@]}" \
-    clang-format-14 clang-tidy-14
+install_missing "${build_packages[@]}" "${test_packages[@]}" "${tool_packages[@]}" "${bench_packages[@]}" \
+    "${sheet_packages[@]}" clang-format-14 clang-tidy-14
 
 say "Format"
 "$repository/scripts/format.sh" --check

@@ -1,0 +1,19 @@
+#pragma once
+
+namespace SegmentTool
+{
+/// Signals that end a run in order: SIGINT, SIGTERM and SIGHUP. The first one only asks for the end; a second one ends
+/// the process at once. A closed pipe is made an error of writing instead of a signal. One for the process.
+class ClStop
+{
+public:
+    /// From here on the signals ask instead of killing.
+    static void Install();
+    /// The signal that has come, or 0. For any thread.
+    static int Signal();
+    /// Becomes readable when one has come, for poll(); -1 before Install.
+    static int Descriptor();
+    /// Forgets a signal, for tests.
+    static void Reset();
+};
+} // namespace SegmentTool
