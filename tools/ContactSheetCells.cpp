@@ -207,6 +207,7 @@ void AddFill(ClSheetCells& cCells, const std::string& sArguments, ClImage& cIn, 
                                   cOperator.m_pOutImage = &cRun.m_cOut;
                                   cOperator.m_pBoundingBox = bBox ? &cBox : nullptr;
                                   cOperator.m_nCountThresh = nCountThresh;
+                                  cRun.m_bLabels = nCountThresh != 0;
                                   cOperator.m_nFillColor = 160;
                                   cOperator.m_nStartX = nX;
                                   cOperator.m_nStartY = nY;
@@ -233,8 +234,8 @@ void AddObjectCells(ClSheetCells& cCells)
     ClIpBinarizeGlobal cWhiteBelow;
     cWhiteBelow.m_dBlack = 255;
     cWhiteBelow.m_dWhite = 0;
-    cWhiteBelow.ApplyParam(c.m_cHand, cIslands, 115.0);
-    AddFill(cCells, "white below 115, sizes below 254", cIslands, 0, 0, 254, false);
+    cWhiteBelow.ApplyParam(c.m_cHand, cIslands, 135.0);
+    AddFill(cCells, "hand below 135, colour by size", cIslands, 0, 0, 254, false);
     cCells.Add<ClIpCutBiggestComponent>("", "hand",
                                         [&](ClIpCutBiggestComponent& cOperator, ClSheetRun& cRun)
                                         { return cOperator.ApplyParam(c.m_cHand, cRun.m_cOut); });
