@@ -1,10 +1,16 @@
 #include "RDImageProcessing/Ip1to1Base.hpp"
 
 #include "RDTools/ParameterContainer.hpp"
+#include "RDTools/ParameterInterface.hpp"
 #include "RDTools/SampleCast.hpp"
 
 namespace
 {
+constexpr StEnumName aTypeNames[] = {
+    {ClImage::eUInt8, "unsigned char"}, {ClImage::eSInt8, "signed char"},   {ClImage::eUInt16, "unsigned short"},
+    {ClImage::eSInt16, "signed short"}, {ClImage::eUInt32, "unsigned int"}, {ClImage::eSInt32, "signed int"},
+    {ClImage::eFloat32, "float"},       {ClImage::eDouble64, "double"},     {ClIp1to1Base::nTypeOfInput, "default"}};
+
 constexpr char szModule[] = "RDImageProcessing/Ip1to1Base";
 constexpr int nTableSize = 256;
 
@@ -44,6 +50,12 @@ template <class TIn, class TOut, class Processor> long MapSamples(Processor& cPr
     }
     return MapByValue<TIn, TOut>(cProcessor, cIn, cOut);
 }
+
+void DescribeInOutImages(ClParameterInterface& cInterface, ClImage** ppInImage, ClImage** ppOutImage)
+{
+    cInterface.AddParameter(ppInImage, "InImage", "In: Original Image", ClParameterInterface::eIn);
+    cInterface.AddParameter(ppOutImage, "OutImage", "Out: Output Image", ClParameterInterface::eOut);
+}
 } // namespace
 
 void PublishInOutImages(ClParameterContainer& cContainer, ClImage** ppInImage, ClImage** ppOutImage)
@@ -55,16 +67,14 @@ void PublishInOutImages(ClParameterContainer& cContainer, ClImage** ppInImage, C
 ClParameter* PublishOutImageType(ClParameterContainer& cContainer, unsigned char* pnType)
 {
     auto* pType = cContainer.AddParam<TpParameterEnumPointer<unsigned char, ClParameter>>("OutImageType", pnType);
-    pType->AddValue(ClImage::eUInt8, "unsigned char");
-    pType->AddValue(ClImage::eSInt8, "signed char");
-    pType->AddValue(ClImage::eUInt16, "unsigned short");
-    pType->AddValue(ClImage::eSInt16, "signed short");
-    pType->AddValue(ClImage::eUInt32, "unsigned int");
-    pType->AddValue(ClImage::eSInt32, "signed int");
-    pType->AddValue(ClImage::eFloat32, "float");
-    pType->AddValue(ClImage::eDouble64, "double");
-    pType->AddValue(ClIp1to1Base::nTypeOfInput, "default");
+    pType->AddValues(aTypeNames);
     return pType;
+}
+
+void DescribeOutImageType(ClParameterInterface& cInterface, unsigned char* pnType)
+{
+    cInterface.AddParameter(pnType, "OutImageType", "In: OutImage Datatype", ClParameterInterface::eIn, 0.0, 255.0)
+        ->SetEnumList(aTypeNames);
 }
 
 namespace NewIpBase
@@ -105,6 +115,11 @@ void ClIp1to1Base::SetParametersToDefault() {}
 void ClIp1to1Base::PublishParameters(ClParameterContainer& cContainer)
 {
     PublishInOutImages(cContainer, &m_pInImage, &m_pOutImage);
+}
+
+void ClIp1to1Base::QueryParameters(ClParameterInterface& cInterface)
+{
+    DescribeInOutImages(cInterface, &m_pInImage, &m_pOutImage);
 }
 
 void ClIp1to1Base::CheckInOutImageTypes()
@@ -192,6 +207,12 @@ void ClIp1to1Base::PublishParameters(ClParameterContainer& cContainer)
 {
     PublishInOutImages(cContainer, &m_pInImage, &m_pOutImage);
     PublishOutImageType(cContainer, &m_eOutImageType)->m_nFlags = ClParameter::eWritable;
+}
+
+void ClIp1to1Base::QueryParameters(ClParameterInterface& cInterface)
+{
+    DescribeInOutImages(cInterface, &m_pInImage, &m_pOutImage);
+    DescribeOutImageType(cInterface, &m_eOutImageType);
 }
 
 double ClIp1to1Base::GetValue(ClImage&, ClImage&, double)

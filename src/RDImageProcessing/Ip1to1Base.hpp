@@ -30,6 +30,7 @@ public:
     void SetParametersToDefault() override; ///< leaves the images alone
     void PublishParameters(ClParameterContainer& cContainer) override;
     using ClIpProcessorBase::QueryParameters;
+    void QueryParameters(ClParameterInterface& cInterface) override;
 
     long Process() override;
     /// Every sample through GetValue, whose result is truncated to the sample type and not saturated. An 8-bit input
@@ -60,6 +61,7 @@ public:
     void SetParametersToDefault() override;
     void PublishParameters(ClParameterContainer& cContainer) override;
     using ClProcessorBase::QueryParameters;
+    void QueryParameters(ClParameterInterface& cInterface) override;
 
     long Process() override;
     /// As in NewIpBase::ClIp1to1Base, with the two types independent.
@@ -92,3 +94,5 @@ template <class TOut> void MapThroughTable(const ClImage& cIn, ClImage& cOut, co
 void PublishInOutImages(ClParameterContainer& cContainer, ClImage** ppInImage, ClImage** ppOutImage);
 /// Adds "OutImageType", a sample type by its name in C or "default", 255.
 ClParameter* PublishOutImageType(ClParameterContainer& cContainer, unsigned char* pnType);
+/// The same for a description.
+void DescribeOutImageType(ClParameterInterface& cInterface, unsigned char* pnType);

@@ -2,6 +2,7 @@
 
 #include "RDImageProcessing/Ip1to1Base.hpp"
 #include "RDTools/ParameterContainer.hpp"
+#include "RDTools/ParameterInterface.hpp"
 
 #include <algorithm>
 #include <cstddef>
@@ -11,6 +12,8 @@
 
 namespace
 {
+constexpr StEnumName aEqualNames[] = {{1, "true"}, {0, "false"}};
+
 constexpr long nTableSide = 256;
 constexpr long nTableSize = nTableSide * nTableSide;
 
@@ -175,11 +178,27 @@ void ClIp2to1Base::PublishParameters(ClParameterContainer& cContainer)
     PublishOutImageType(cContainer, &m_nOutImageType);
     auto* pEqual =
         cContainer.AddParam<TpParameterEnumPointer<bool, ClParameter>>("SizeMustBeEqual", &m_bSizeMustBeEqual);
-    pEqual->AddValue(true, "true");
-    pEqual->AddValue(false, "false");
+    pEqual->AddValues(aEqualNames);
     cContainer.AddNumeric("FillColor", &m_dFillColor);
     cContainer.AddNumeric("OffsetX", &m_nOffsetX);
     cContainer.AddNumeric("OffsetY", &m_nOffsetY);
+}
+
+void ClIp2to1Base::QueryParameters(ClParameterInterface& cInterface)
+{
+    constexpr auto eIn = ClParameterInterface::eIn;
+    constexpr double dLowest = std::numeric_limits<int>::lowest();
+    constexpr double dHighest = std::numeric_limits<int>::max();
+    cInterface.AddParameter(&m_pInImage1, "InImage1", "In1: Original Image", eIn);
+    cInterface.AddParameter(&m_pInImage2, "InImage2", "In2: 2nd Original Image", eIn);
+    cInterface.AddParameter(&m_pOutImage, "OutImage", "Out: Output Image", ClParameterInterface::eOut);
+    DescribeOutImageType(cInterface, &m_nOutImageType);
+    cInterface.AddChoice(&m_bSizeMustBeEqual, "SizeMustBeEqual", "Bool: Size must be equal", eIn, aEqualNames);
+    cInterface.AddParameter(&m_dFillColor, "FillColor", "Double: Fillcolor for Offset-Images", eIn, 0.0, 255.0);
+    cInterface.AddParameter(&m_nOffsetX, "OffsetX", "Long: Offset of Image2 to Image1 in x-direction", eIn, dLowest,
+                            dHighest);
+    cInterface.AddParameter(&m_nOffsetY, "OffsetY", "Long: Offset of Image2 to Image1 in y-direction", eIn, dLowest,
+                            dHighest);
 }
 
 bool ClIp2to1Base::CanApply()

@@ -44,6 +44,7 @@ public:
     void SetParametersToDefault() override; ///< all but the images
     void PublishParameters(ClParameterContainer& cContainer) override;
     using ClProcessorBase::QueryParameters;
+    void QueryParameters(ClParameterInterface& cInterface) override;
 
     bool CanApply() override; ///< all images are given, and the inputs have pixels
     long Initialize() override;

@@ -1,6 +1,7 @@
 #include "RDImageProcessing/IpBinarizeGlobal.hpp"
 
 #include "RDTools/ParameterContainer.hpp"
+#include "RDTools/ParameterInterface.hpp"
 #include "RDTools/SampleCast.hpp"
 
 #include <algorithm>
@@ -85,6 +86,14 @@ void ClIpBinarizeGlobal::PublishParameters(ClParameterContainer& cContainer)
     cContainer.AddNumeric("Black", &m_dBlack);
     cContainer.AddNumeric("White", &m_dWhite);
     cContainer.AddNumeric("Threshold", &m_dThreshold);
+}
+
+void ClIpBinarizeGlobal::QueryParameters(ClParameterInterface& cInterface)
+{
+    NewIpBase::ClIp1to1Base::QueryParameters(cInterface);
+    cInterface.AddParameter(&m_dBlack, "Black", "In: Pixelvalue of Black", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_dWhite, "White", "In: Pixelvalue of White", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_dThreshold, "Threshold", "In: Binarization Threshold", ClParameterInterface::eIn);
 }
 
 ClProcessorBase* ClIpBinarizeGlobal::Create()

@@ -21,6 +21,8 @@ public:
 
     void SetParametersToDefault() override;
     void PublishParameters(ClParameterContainer& cContainer) override;
+    using NewIpBase::ClIp1to1Base::QueryParameters;
+    void QueryParameters(ClParameterInterface& cInterface) override;
     ClProcessorBase* Create() override;
     const char* Name() const override;
     /// Whether a run would find its values in range; if not, what the frame answers, which looks at the type only.

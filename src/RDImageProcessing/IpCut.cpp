@@ -1,6 +1,7 @@
 #include "RDImageProcessing/IpCut.hpp"
 
 #include "RDTools/ParameterContainer.hpp"
+#include "RDTools/ParameterInterface.hpp"
 
 #include <cstring>
 
@@ -57,6 +58,16 @@ void ClIpCut::PublishParameters(ClParameterContainer& cContainer)
     cContainer.AddNumeric("nDestWidth", &m_nDestWidth);
     cContainer.AddNumeric("nX0", &m_nX0);
     cContainer.AddNumeric("nY0", &m_nY0);
+}
+
+void ClIpCut::QueryParameters(ClParameterInterface& cInterface)
+{
+    cInterface.AddParameter(&m_pInImage, "InImage", "In: Original Image", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_pOutImage, "OutImage", "Out: Clipping", ClParameterInterface::eOut);
+    cInterface.AddParameter(&m_nDestHeight, "DestHeight", "In: Cut Height", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_nDestWidth, "DestWidth", "In: Cut Width", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_nX0, "X0", "In: Start X", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_nY0, "Y0", "In: Start Y", ClParameterInterface::eIn);
 }
 
 ClProcessorBase* ClIpCut::Create()

@@ -19,6 +19,8 @@ public:
 
     void SetParametersToDefault() override;
     void PublishParameters(ClParameterContainer& cContainer) override;
+    using NewIpBase::ClIp1to1Base::QueryParameters;
+    void QueryParameters(ClParameterInterface& cInterface) override;
     ClProcessorBase* Create() override;
     const char* Name() const override;
     long DoProcess(ClImage& cIn, ClImage& cOut) override;

@@ -1,10 +1,16 @@
 #include "RDImageProcessing/IpFilterBase.hpp"
 
 #include "RDTools/ParameterContainer.hpp"
+#include "RDTools/ParameterInterface.hpp"
 
 namespace
 {
 constexpr char szModule[] = "RDImageProcessing/IpFilterBase";
+constexpr StEnumName aModeNames[] = {{ClIpFilterBase::eModeX, "Mode X"},
+                                     {ClIpFilterBase::eModeY, "Mode Y"},
+                                     {ClIpFilterBase::eModeXY, "Mode XY"},
+                                     {ClIpFilterBase::eModeDirected, "MODE_DIRECTED"},
+                                     {ClIpFilterBase::eModeDirectedOrtho, "MODE_DIRECTED_ORTHO"}};
 } // namespace
 
 long ClIpFilterBase::ApplyParam(ClImage& cIn, ClImage& cOut, long nWidth, long nMode)
@@ -32,13 +38,22 @@ void ClIpFilterBase::PublishParameters(ClParameterContainer& cContainer)
     cContainer.AddPointer("pOutImage", &m_pOutImage);
     cContainer.AddNumeric("nFilterWidth", &m_nFilterWidth);
     auto* pMode = cContainer.AddParam<TpParameterEnumPointer<long, ClParameter>>("nMode", &m_nMode);
-    pMode->AddValue(eModeX, "Mode X");
-    pMode->AddValue(eModeY, "Mode Y");
-    pMode->AddValue(eModeXY, "Mode XY");
-    pMode->AddValue(eModeDirected, "MODE_DIRECTED");
-    pMode->AddValue(eModeDirectedOrtho, "MODE_DIRECTED_ORTHO");
+    pMode->AddValues(aModeNames);
     cContainer.AddPointer("pInDxImage", &m_pInDxImage);
     cContainer.AddPointer("pInDyImage", &m_pInDyImage);
+}
+
+void ClIpFilterBase::QueryParameters(ClParameterInterface& cInterface)
+{
+    cInterface.AddParameter(&m_pInImage, "InImage", "In: Original Image", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_pOutImage, "OutImage", "Out: Output Image", ClParameterInterface::eOut);
+    cInterface.AddParameter(&m_nFilterWidth, "nFilterWidth", "in: Filter Width", ClParameterInterface::eIn);
+    // The mode goes by this name and text: descriptions that were kept have them.
+    auto* pMode =
+        cInterface.AddChoice(&m_nMode, "eFilterWidth", "in: Filter Width", ClParameterInterface::eIn, aModeNames);
+    pMode->m_eType = ClParameterInterface::eEnum;
+    cInterface.AddParameter(&m_pInDxImage, "InDxImage", "in: Dx Image", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_pInDyImage, "InDyImage", "in: Dy Image", ClParameterInterface::eIn);
 }
 
 void ClIpFilterBase::ParameterString(char* szBuffer, unsigned long nSize)

@@ -29,6 +29,7 @@ public:
     void SetParametersToDefault() override;
     void PublishParameters(ClParameterContainer& cContainer) override;
     using ClProcessorBase::QueryParameters;
+    void QueryParameters(ClParameterInterface& cInterface) override;
     /// "W[5] M[XY] S[Unsigned]". Errors: ClException -101 if the buffer is too small.
     void ParameterString(char* szBuffer, unsigned long nSize) override;
     /// A width of 1 or less copies; planes run one by one; everything else is DoProcess.

@@ -3,6 +3,7 @@
 #include "RDImageProcessing/FillTools.hpp"
 #include "RDImageProcessing/Ip1to1Base.hpp"
 #include "RDTools/ParameterContainer.hpp"
+#include "RDTools/ParameterInterface.hpp"
 
 #include <algorithm>
 #include <cstddef>
@@ -100,6 +101,16 @@ void ClIpFloodFill::PublishParameters(ClParameterContainer& cContainer)
     cContainer.AddNumeric("FillColor", &m_nFillColor);
     cContainer.AddNumeric("StartX", &m_nStartX);
     cContainer.AddNumeric("StartY", &m_nStartY);
+}
+
+void ClIpFloodFill::QueryParameters(ClParameterInterface& cInterface)
+{
+    cInterface.AddParameter(&m_pInImage, "InImage", "In: Original Image", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_pOutImage, "OutImage", "Out: Output Image", ClParameterInterface::eOut);
+    cInterface.AddParameter(&m_nCountThresh, "CountThresh", "Nothing", ClParameterInterface::eIn, 0.0, 253.0);
+    cInterface.AddParameter(&m_nFillColor, "FillColor", "In Fill Color", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_nStartX, "StartX", "In Start Coordinate X", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_nStartY, "StartY", "In Start Coordinate Y", ClParameterInterface::eIn);
 }
 
 ClProcessorBase* ClIpFloodFill::Create()

@@ -1,6 +1,7 @@
 #include "RDImageProcessing/IpJoinPlanes.hpp"
 
 #include "RDTools/ParameterContainer.hpp"
+#include "RDTools/ParameterInterface.hpp"
 #include "RDTools/SampleCast.hpp"
 
 #include <algorithm>
@@ -111,6 +112,11 @@ void ClIpJoinPlanes::PublishParameters(ClParameterContainer& cContainer)
         cContainer.AddParam<TpParameterEnumPointer<int, ClParameter>>("bFillEmptyPlanes", &m_bFillEmptyPlanes);
     pFill->AddValue(0, "False");
     pFill->AddValue(1, "True");
+}
+
+void ClIpJoinPlanes::QueryParameters(ClParameterInterface& cInterface)
+{
+    cInterface.AddParameter(&m_pOutImage, "OutImage", "Out: Joined Image", ClParameterInterface::eOut);
 }
 
 ClProcessorBase* ClIpJoinPlanes::Create()

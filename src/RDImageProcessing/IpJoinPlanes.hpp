@@ -23,6 +23,7 @@ public:
     void SetParametersToDefault() override;
     void PublishParameters(ClParameterContainer& cContainer) override;
     using ClProcessorBase::QueryParameters;
+    void QueryParameters(ClParameterInterface& cInterface) override;
     ClProcessorBase* Create() override;
     const char* Name() const override;
     long Process() override;

@@ -3,6 +3,7 @@
 #include "RDImageProcessing/PlaneByPlane.hpp"
 #include "RDImageProcessing/SpanMean.hpp"
 #include "RDTools/ParameterContainer.hpp"
+#include "RDTools/ParameterInterface.hpp"
 #include "RDTools/SampleCast.hpp"
 
 #include <algorithm>
@@ -15,6 +16,11 @@ namespace
 constexpr int nFractionBits = 12;
 constexpr int nOne = 1 << nFractionBits;
 constexpr int nFraction = nOne - 1;
+constexpr StEnumName aModeNames[] = {{ClIpRescale::ModeWholeNumbered, "ModeWholeNumbered"},
+                                     {ClIpRescale::ModeNearestNeighbour, "ModeNearestNeighbour"},
+                                     {ClIpRescale::ModeBiLinear, "ModeBiLinear"},
+                                     {ClIpRescale::ModeBiCubic, "ModeBiCubic"},
+                                     {ClIpRescale::ModeBiLinearFantMar, "ModeBiLinearFantMar"}};
 
 /// The new size of a side; it is rounded up.
 int ScaledSize(int nSize, int nNewPels, int nPels)
@@ -231,12 +237,20 @@ void ClIpRescale::PublishParameters(ClParameterContainer& cContainer)
     cContainer.AddNumeric("NewPelsX", &m_nNewPelsX);
     cContainer.AddNumeric("NewPelsY", &m_nNewPelsY);
     auto* pMode = cContainer.AddParam<TpParameterEnumPointer<eProcessingMode, ClParameter>>("eMode", &m_eMode);
-    pMode->AddValue(ModeWholeNumbered, "ModeWholeNumbered");
-    pMode->AddValue(ModeNearestNeighbour, "ModeNearestNeighbour");
-    pMode->AddValue(ModeBiLinear, "ModeBiLinear");
-    pMode->AddValue(ModeBiCubic, "ModeBiCubic");
-    pMode->AddValue(ModeBiLinearFantMar, "ModeBiLinearFantMar");
+    pMode->AddValues(aModeNames);
     cContainer.AddNumeric("dConvParameter1", &m_dConvParameter1);
+}
+
+void ClIpRescale::QueryParameters(ClParameterInterface& cInterface)
+{
+    constexpr auto eIn = ClParameterInterface::eIn;
+    cInterface.AddParameter(&m_pInImage, "InImage", "In: Original Image", eIn);
+    cInterface.AddParameter(&m_pOutImage, "OutImage", "Out: Rescaled Image", ClParameterInterface::eOut);
+    cInterface.AddParameter(&m_nNewHeight, "NewHeight", "In: New Image Height", eIn);
+    cInterface.AddParameter(&m_nNewWidth, "NewWidth", "In: New Image Width", eIn);
+    cInterface.AddParameter(&m_nNewPelsX, "NewPelsX", "In: New Horizontal Resolution In Pels", eIn);
+    cInterface.AddParameter(&m_nNewPelsY, "NewPelsY", "In: New Vertical Resolution In Pels", eIn);
+    cInterface.AddChoice(&m_eMode, "Mode", "In: Interpolation Mode", eIn, aModeNames);
 }
 
 ClProcessorBase* ClIpRescale::Create()

@@ -42,6 +42,7 @@ public:
     void SetParametersToDefault() override;
     void PublishParameters(ClParameterContainer& cContainer) override;
     using ClProcessorBase::QueryParameters;
+    void QueryParameters(ClParameterInterface& cInterface) override;
     ClProcessorBase* Create() override;
     const char* Name() const override;
     void ParameterString(char* szBuffer, unsigned long nSize) override;

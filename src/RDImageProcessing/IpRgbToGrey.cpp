@@ -1,6 +1,7 @@
 #include "RDImageProcessing/IpRgbToGrey.hpp"
 
 #include "RDTools/Exception.hpp"
+#include "RDTools/ParameterInterface.hpp"
 #include "RDTools/SampleCast.hpp"
 
 #include <algorithm>
@@ -9,6 +10,10 @@
 
 namespace
 {
+constexpr StEnumName aModeNames[] = {{ClIpRgbToGrey::MaxRgb, "MaxRgb"},
+                                     {ClIpRgbToGrey::Luminance, "Luminance"},
+                                     {ClIpRgbToGrey::Lightness, "Lightness"}};
+
 // Rec. 709 primaries, in the order of a bitmap's samples.
 constexpr double dWeightBlue = 0.072169;
 constexpr double dWeightGreen = 0.71516;
@@ -96,6 +101,13 @@ long ClIpRgbToGrey::ApplyParam(ClImage& cIn, ClImage& cOut, eProcessingMode eMod
     return ApplyParam(cIn, cOut);
 }
 
+void ClIpRgbToGrey::QueryParameters(ClParameterInterface& cInterface)
+{
+    cInterface.AddChoice(&m_eMode, "Mode", "In: Color Conversion Method", ClParameterInterface::eIn, aModeNames);
+    cInterface.AddParameter(&m_pInImage, "InImage", "In: Original Color Image", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_pOutImage, "OutImage", "Out: Grey Image", ClParameterInterface::eOut);
+}
+
 ClProcessorBase* ClIpRgbToGrey::Create()
 {
     return NewProcessor<ClIpRgbToGrey>();
@@ -113,10 +125,11 @@ bool ClIpRgbToGrey::CanApply()
 
 void ClIpRgbToGrey::ParameterString(char* szBuffer, unsigned long nSize)
 {
-    const char* szMode = m_eMode == MaxRgb      ? "MaxRgb"
-                         : m_eMode == Luminance ? "Luminance"
-                         : m_eMode == Lightness ? "Lightness"
-                                                : "Unsupported";
+    const char* szMode = "Unsupported";
+    for (const StEnumName& cName : aModeNames)
+    {
+        szMode = cName.nValue == m_eMode ? cName.szName : szMode;
+    }
     FormatSettings(szBuffer, nSize, "ClIpRgbToGrey [%s]", szMode);
 }
 

@@ -25,6 +25,8 @@ public:
     using NewIpBase::ClIp1to1Base::ApplyParam;
     long ApplyParam(ClImage& cIn, ClImage& cOut, eProcessingMode eMode);
 
+    using NewIpBase::ClIp1to1Base::QueryParameters;
+    void QueryParameters(ClParameterInterface& cInterface) override;
     ClProcessorBase* Create() override;
     const char* Name() const override;
     bool CanApply() override; ///< whether an output is set

@@ -2,6 +2,7 @@
 
 #include "RDImageProcessing/PlaneByPlane.hpp"
 #include "RDTools/ParameterContainer.hpp"
+#include "RDTools/ParameterInterface.hpp"
 #include "RDTools/SampleCast.hpp"
 
 #include <algorithm>
@@ -15,6 +16,7 @@ constexpr int nFractionBits = 12;
 constexpr int nOne = 1 << nFractionBits;
 constexpr int nFraction = nOne - 1;
 constexpr unsigned char nDefaultBackground = 128;
+constexpr StEnumName aSwitchNames[] = {{0, "False"}, {1, "True"}};
 
 /// Truncated, and held to a range in which the sums below cannot overflow; no picture is that large. Not a number: 0.
 std::int64_t Truncate(double dValue)
@@ -150,12 +152,23 @@ void ClIpRotate::PublishParameters(ClParameterContainer& cContainer)
     const auto addSwitch = [&cContainer](const char* szName, bool* pbValue)
     {
         auto* pSwitch = cContainer.AddParam<TpParameterEnumPointer<bool, ClParameter>>(szName, pbValue);
-        pSwitch->AddValue(false, "False");
-        pSwitch->AddValue(true, "True");
+        pSwitch->AddValues(aSwitchNames);
     };
     addSwitch("ResizeOutImage", &m_bResizeOutImage);
     addSwitch("Interpolate", &m_bInterpolate);
     cContainer.AddNumeric("BackgroundColor", &m_nBackgroundColor);
+}
+
+void ClIpRotate::QueryParameters(ClParameterInterface& cInterface)
+{
+    constexpr auto eIn = ClParameterInterface::eIn;
+    cInterface.AddParameter(&m_pInImage, "InImage", "In: Original Image", eIn);
+    cInterface.AddParameter(&m_pOutImage, "OutImage", "Out: Rotated Imaged", ClParameterInterface::eOut);
+    cInterface.AddParameter(&m_dRotation, "Rotation", "In: Rotation Angle (rad)", eIn);
+    cInterface.AddChoice(&m_bResizeOutImage, "ResizeOutImage", "In: Resize Out Image True/False", eIn, aSwitchNames);
+    cInterface.AddChoice(&m_bInterpolate, "Interpolate", "In: Interpolate True/False", eIn, aSwitchNames);
+    cInterface.AddParameter(&m_nBackgroundColor, "BackgroundColor", "In: Background Color For New Areas After Rotation",
+                            eIn, 0.0, 255.0);
 }
 
 ClProcessorBase* ClIpRotate::Create()

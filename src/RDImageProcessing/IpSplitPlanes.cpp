@@ -1,6 +1,7 @@
 #include "RDImageProcessing/IpSplitPlanes.hpp"
 
 #include "RDTools/ParameterContainer.hpp"
+#include "RDTools/ParameterInterface.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -31,6 +32,11 @@ void ClIpSplitPlanes::PublishParameters(ClParameterContainer& cContainer)
         std::snprintf(szName, sizeof szName, "pOutPlane[%d]", i);
         cContainer.AddPointer(szName, &m_apOutPlane[i]);
     }
+}
+
+void ClIpSplitPlanes::QueryParameters(ClParameterInterface& cInterface)
+{
+    cInterface.AddParameter(&m_pInImage, "InImage", "In: Original Image", ClParameterInterface::eIn);
 }
 
 ClProcessorBase* ClIpSplitPlanes::Create()

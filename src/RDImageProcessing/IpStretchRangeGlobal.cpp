@@ -3,6 +3,7 @@
 #include "RDImageProcessing/Histogram.hpp"
 #include "RDImageProcessing/PlaneByPlane.hpp"
 #include "RDTools/ParameterContainer.hpp"
+#include "RDTools/ParameterInterface.hpp"
 #include "RDTools/SampleCast.hpp"
 
 #include <algorithm>
@@ -45,6 +46,21 @@ void ClIpStretchRangeGlobal::PublishParameters(ClParameterContainer& cContainer)
     cContainer.AddNumeric("NewRangeTo", &m_nNewRangeTo);
     cContainer.AddNumeric("OldRangeFrom", &m_nOldRangeFrom);
     cContainer.AddNumeric("OldRangeTo", &m_nOldRangeTo);
+}
+
+void ClIpStretchRangeGlobal::QueryParameters(ClParameterInterface& cInterface)
+{
+    DescribeStretch(cInterface, "Out: Stretched Imaged");
+}
+
+void ClIpStretchRangeGlobal::DescribeStretch(ClParameterInterface& cInterface, const char* szOutImage)
+{
+    cInterface.AddParameter(&m_pInImage, "InImage", "In: Original Image", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_pOutImage, "OutImage", szOutImage, ClParameterInterface::eOut);
+    cInterface.AddParameter(&m_nNewRangeFrom, "NewRangeFrom", "In: Stretch Range Start", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_nNewRangeTo, "NewRangeTo", "In: Stretch Range End", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_nOldRangeFrom, "OldRangeFrom", "In: Input Range Start", ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_nOldRangeTo, "OldRangeTo", "In: Input Range End", ClParameterInterface::eIn);
 }
 
 ClProcessorBase* ClIpStretchRangeGlobal::Create()

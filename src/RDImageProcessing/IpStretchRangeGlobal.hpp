@@ -19,6 +19,7 @@ public:
     void SetParametersToDefault() override;
     void PublishParameters(ClParameterContainer& cContainer) override;
     using ClIpLookUpTableBase::QueryParameters;
+    void QueryParameters(ClParameterInterface& cInterface) override;
     ClProcessorBase* Create() override;
     const char* Name() const override;
     long Initialize() override;
@@ -30,6 +31,9 @@ public:
     unsigned char m_nNewRangeTo;
     unsigned char m_nActRangeFrom = 0; ///< the range in force
     unsigned char m_nActRangeTo = 0;
+
+protected:
+    void DescribeStretch(ClParameterInterface& cInterface, const char* szOutImage);
 
 private:
     void SetRangesToDefault();

@@ -3,6 +3,7 @@
 #include "RDImageProcessing/Histogram.hpp"
 #include "RDImageProcessing/PlaneByPlane.hpp"
 #include "RDTools/ParameterContainer.hpp"
+#include "RDTools/ParameterInterface.hpp"
 
 #include <algorithm>
 
@@ -34,6 +35,15 @@ void ClIpStretchRangeGlobalNoiseRemoving::PublishParameters(ClParameterContainer
     };
     addShare("DarkNoisePart", &m_dDarkNoisePart);
     addShare("BrightNoisePart", &m_dBrightNoisePart);
+}
+
+void ClIpStretchRangeGlobalNoiseRemoving::QueryParameters(ClParameterInterface& cInterface)
+{
+    DescribeStretch(cInterface, "Out: Stretched Image");
+    cInterface.AddParameter(&m_dDarkNoisePart, "DarkNoisePart", "In: Noise Level For Dark Pixels",
+                            ClParameterInterface::eIn);
+    cInterface.AddParameter(&m_dBrightNoisePart, "BrightNoisePart", "In: Noise Level For Bright Pixels",
+                            ClParameterInterface::eIn);
 }
 
 ClProcessorBase* ClIpStretchRangeGlobalNoiseRemoving::Create()

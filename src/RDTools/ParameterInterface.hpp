@@ -158,6 +158,15 @@ public:
                                   static_cast<double>(std::numeric_limits<Number>::max())};
         return AddNumber(pValue, cNumber, szName, szDescription, eDirection, dLower, dUpper);
     }
+    /// The same without a range, for a value that is chosen by name.
+    template <class T, std::size_t nCount>
+    ClParameter* AddChoice(T* pValue, const char* szName, const char* szDescription, EDirection eDirection,
+                           const StEnumName (&aNames)[nCount])
+    {
+        ClParameter* pParameter = AddParameter(pValue, szName, szDescription, eDirection, 0.0, 0.0);
+        pParameter->SetEnumList(aNames);
+        return pParameter;
+    }
     ClParameter* AddComment(const char* szText);
 
     /// The pair 1.0 and -1.0 means that no range is given: two thirds and four thirds of the value take its place, the
