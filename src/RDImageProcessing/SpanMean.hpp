@@ -15,7 +15,7 @@ public:
     static constexpr std::int64_t nOne = std::int64_t(1) << nFractionBits;
     static constexpr int nMostWhole = 16; ///< samples of a whole span that is summed up without fractions
 
-    /// nSpan: at least a sample, at most 2^31.
+    /// nSpan: at least a sample, at most 2^43, what a side of 2^31 samples has that becomes one pixel.
     explicit ClSpanMean(std::int64_t nSpan);
 
     /// nOut means of a row of nIn samples, at least one; nothing outside the two rows is touched.
