@@ -5,7 +5,7 @@ set -euo pipefail
 cd -- "$1"
 scripts/docs.sh --check
 broken=$(for document in *.md docs/*.md; do
-    grep -oE '\]\([^)#:]+(#[^)]*)?\)' "$document" | sed -E 's/^\]\(([^)#]+).*\)$/\1/' | while read -r link; do
+    sed '/^ *```/,/^ *```/d' "$document" | { grep -oE '\]\([^)#:]+(#[^)]*)?\)' || true; } | sed -E 's/^\]\(([^)#]+).*\)$/\1/' | while read -r link; do
         [ -e "$(dirname "$document")/$link" ] || echo "$document: $link"
     done
 done)
