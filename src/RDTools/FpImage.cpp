@@ -112,6 +112,12 @@ void ClImage::Describe(const ClImage& cModel)
     m_nAttribute = cModel.m_nAttribute;
 }
 
+/// Whether a 32-bit stride holds the row as it is.
+bool ClImage::RowFits(int nPlanes, int nWidth, int nSampleSize)
+{
+    return HonestRowBytes(nPlanes, nWidth, nSampleSize) == RowBytes(nPlanes, nWidth, nSampleSize);
+}
+
 void ClImage::NewWithType(unsigned char eType, int nWidth, int nHeight, int nPlanes, int nXRes, int nYRes)
 {
     const std::int64_t nOldBytes = BlockBytes(Stride(), m_nHeight);
@@ -126,7 +132,7 @@ void ClImage::NewWithType(unsigned char eType, int nWidth, int nHeight, int nPla
     BlackWhiteFromType(eType);
 
     const int nStride = Stride();
-    const bool bRowFits = HonestRowBytes(nPlanes, nWidth, SampleSize(eType)) == nStride;
+    const bool bRowFits = RowFits(nPlanes, nWidth, SampleSize(eType));
     // Compared in 64 bits: two sizes that are equal only after wrapping are not the same block.
     if (m_pData.use_count() == 1 && bRowFits && nOldBytes == BlockBytes(nStride, nHeight))
     {

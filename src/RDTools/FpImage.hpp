@@ -7,6 +7,7 @@
 #include <cstddef>
 
 class ClBitmap;
+class ClStream;
 
 /// The one pixel container of the system: a raster of samples of one of eight numeric types, with one to four
 /// interleaved planes, a resolution in pels per metre and the range of its sample values.
@@ -133,6 +134,23 @@ public:
     /// fills exactly the padding of a one-plane 8-bit image, for which callers use it.
     void FillAligment(int nValue);
 
+    /// The image as a KRX record, the system's own format: a magic number, version 1, every field, the rows with their
+    /// padding, the magic number again; in the stream's byte order. The image is not checked; of a type without samples
+    /// of 1, 2, 4 or 8 bytes, or with a negative size, no samples are written. Errors: area but no pixels
+    /// ClExVelmarin -10; those of the stream, which counts a short write as one only if its m_bCheckShort is set.
+    void Store(ClStream& cStream) const;
+    /// The same into a new file, big-endian. Errors: those of ClFileStream, -200 and -204; -10, no file is made then.
+    void Store(const char* szName) const;
+    /// Reads a KRX record of version 0, which has no attribute, or 1, from where the stream stands. The type, the
+    /// planes, the content and the range are taken as they come: IsValid tells whether they make sense.
+    /// Errors: no magic number at the start or at the end, a version above 1, ClException -101; sizes as for
+    /// NewWithType -101 or ClExBadAlloc -102; a record that is cut off ClExStreamUnexpectedEnd -201 if the stream's
+    /// m_bCheckShort is set, otherwise -101 as for what is missing at the end. An image whose samples are not all
+    /// there is left empty, without making room for them where the stream can tell; with a wrong end it is complete.
+    void Load(ClStream& cStream);
+    /// The same from a big-endian file. Errors: moreover -200, the image is as it was.
+    void Load(const char* szName);
+
     EDataType m_eDataType;
     EContent m_eContent;
     int m_nWidth;                             ///< pixels in a row
@@ -148,6 +166,7 @@ public:
 private:
     void ClearFields();
     void Describe(const ClImage& cModel);
+    static bool RowFits(int nPlanes, int nWidth, int nSampleSize);
     template <class Deleter> void ResetBlock(unsigned char* pData, Deleter deleter);
     const char* RangeFault() const;
 };

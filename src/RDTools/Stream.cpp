@@ -117,9 +117,10 @@ const char* ClStream::Name() const
 unsigned long ClStream::BytesAhead() const
 {
     const long nPos = IsSeekable() ? Pos() : -1;
-    const long nSize = nPos >= 0 ? Size() : -1;
-    return nSize < nPos || nPos < 0 ? std::numeric_limits<unsigned long>::max()
-                                    : static_cast<unsigned long>(nSize - nPos);
+    const long nSize = nPos >= 0 ? Size() : 0;
+    // A size of 0 is what ClStream itself tells: not to be trusted.
+    return nSize <= 0 || nSize < nPos ? std::numeric_limits<unsigned long>::max()
+                                      : static_cast<unsigned long>(nSize - nPos);
 }
 
 bool ClStream::SetBigEndian4Read(bool bBigEndian)

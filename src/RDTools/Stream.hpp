@@ -37,6 +37,9 @@ public:
     /// Bytes from the current position to the end; the greatest number where the stream cannot tell. For readers, to
     /// refuse what a damaged file promises before they make room for it.
     unsigned long BytesAhead() const;
+    /// What every operation on bytes does with its count. Errors: fewer than wanted ClExStreamUnexpectedEnd -201, if
+    /// m_bCheckShort is set.
+    void CheckMoved(unsigned long nMoved, unsigned long nWanted) const;
     /// Whether the host's byte order differs from network order: it is little-endian.
     static constexpr bool IsNotNetorder() { return true; }
     bool SetBigEndian4Read(bool bBigEndian);  ///< returns the previous state
@@ -121,7 +124,6 @@ private:
         ePassed   ///< BitPosSet stands within the byte at Pos()
     };
 
-    void CheckMoved(unsigned long nMoved, unsigned long nWanted) const;
     void WriteBitBuffer();
 
     EBitUse m_eBitUse = eWritten;

@@ -395,5 +395,8 @@ TEST(Stream, TellsWhatIsAheadOnlyWhereItCanSeek)
     EXPECT_EQ(0u, cStream.BytesAhead());
     EXPECT_EQ(~0ul, ClMemoryStream({1, 2, 3}, false).BytesAhead());
     EXPECT_EQ(~0ul, ClBareStream().BytesAhead());
+    EXPECT_EQ(~0ul, ClMemoryStream().BytesAhead()) << "a size of 0 is what a stream tells that knows none";
+    cStream.Seek(4, 0);
+    EXPECT_EQ(~0ul, cStream.BytesAhead());
 }
 } // namespace
