@@ -78,7 +78,7 @@ struct ClSpawnSettings
         sigset_t cDefaults;
         sigemptyset(&cNone);
         sigemptyset(&cDefaults);
-        for (const int nSignal : {SIGPIPE, SIGINT, SIGTERM, SIGHUP}) sigaddset(&cDefaults, nSignal);
+        for (const int nSignal : {SIGPIPE, SIGXFSZ, SIGINT, SIGTERM, SIGHUP}) sigaddset(&cDefaults, nSignal);
         posix_spawnattr_setsigmask(&m_cAttributes, &cNone);
         posix_spawnattr_setsigdefault(&m_cAttributes, &cDefaults);
         posix_spawnattr_setflags(&m_cAttributes,

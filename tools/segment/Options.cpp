@@ -151,6 +151,24 @@ void AddOutputOptions(CLI::App& cApp, ClOptions& cOptions, ClTexts& cTexts)
     cApp.add_option("--output", cOptions.m_sOutput, "Write the results to FILE instead of standard output")
         ->option_text("FILE")
         ->group(szGroup);
+    cApp.add_option(
+            "-o,--out-dir", cOptions.m_sFolder,
+            "Write the picture of each finger into DIR as NAME_CODE.png: NAME is the input's without its ending, "
+            "CODE the finger position. Several undecided ones of a picture are NAME_0-1.png, NAME_0-2.png from "
+            "the left. No file of another picture is overwritten")
+        ->option_text("DIR")
+        ->group(szGroup);
+    cApp.add_option("--image-format", cTexts.m_sImageFormat,
+                    HAVE_PNG != 0 ? "png (the default) or bmp" : "bmp; this program was built without png")
+        ->option_text("FORMAT")
+        ->check(HAVE_PNG != 0 ? CLI::IsMember({"png", "bmp"}) : CLI::IsMember({"bmp"}))
+        ->group(szGroup);
+    cApp.add_flag("--overlay", cOptions.m_bOverlay,
+                  "Write each picture with frames around its fingers into DIR, too, as NAME_overlay.png")
+        ->group(szGroup);
+    cApp.add_flag("--tree", cOptions.m_bTree,
+                  "Repeat the inputs' folders below DIR, so that pictures of one name in several folders stay apart")
+        ->group(szGroup);
 }
 
 void AddRunOptions(CLI::App& cApp, ClOptions& cOptions)
@@ -179,6 +197,8 @@ void CheckTogether(const ClOptions& cOptions)
     Demand(!std::isnan(cOptions.m_cReading.m_dDecoderSeconds), "--decoder-timeout is no number");
     Demand(cOptions.m_nExpect == 0 || !cOptions.m_bBiggest, "--expect counts fingers, and --biggest looks for none");
     Demand(!cOptions.m_cList.m_bNullSeparated || !cOptions.m_cList.m_sListFile.empty(), "--null needs --files-from");
+    Demand(!cOptions.m_bOverlay || !cOptions.m_sFolder.empty(), "--overlay needs a folder, -o DIR");
+    Demand(!cOptions.m_bTree || !cOptions.m_sFolder.empty(), "--tree needs a folder, -o DIR");
     for (const std::string& sInput : cOptions.m_cList.m_aInputs) Demand(!sInput.empty(), "An empty name is no picture");
 }
 

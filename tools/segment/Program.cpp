@@ -1,5 +1,6 @@
 #include "Program.hpp"
 
+#include "AtomicFile.hpp"
 #include "Escape.hpp"
 #include "InputList.hpp"
 #include "Options.hpp"
@@ -49,12 +50,15 @@ int Run(const ClOptions& cOptions)
     const std::unique_ptr<ClRecordWriter> pWriter = ClRecordWriter::Create(cOptions.m_eRecords);
     cOutput.Write(pWriter->Header());
 
+    if (!cOptions.m_sFolder.empty()) MakeFolders(cOptions.m_sFolder);
     ClInputList cList(cOptions.m_cList, cOptions.m_sFolder);
     ClTally cTally;
     ClInput cInput;
     while (ClStop::Signal() == 0 && cList.Next(cInput))
     {
-        const ClResult cResult = WorkOn(cInput, cOptions);
+        ClWork cWork = WorkOn(cInput, cOptions);
+        WriteFiles(cOptions, cWork);
+        const ClResult& cResult = cWork.m_cResult;
         cOutput.Write(pWriter->Record(cResult));
         cTally.Add(cResult.m_eOutcome);
         if (!cOptions.m_bQuiet && cResult.m_eOutcome != EOutcome::eSegmented)

@@ -1,9 +1,9 @@
 #include "Formats.hpp"
 
+#include "BytesStream.hpp"
 #include "Result.hpp"
 
 #include "RDTools/Bitmap.hpp"
-#include "RDTools/Stream.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -14,36 +14,6 @@ namespace SegmentTool
 {
 namespace
 {
-/// A file in memory, read only.
-class ClMemoryStream : public ClStream
-{
-public:
-    explicit ClMemoryStream(const Bytes_t& aFile) : m_aFile(aFile) {}
-
-    long Pos() const override { return static_cast<long>(m_nNext); }
-    long Size() const override { return static_cast<long>(m_aFile.size()); }
-    int Seek(long nOffset, int nOrigin) override
-    {
-        const long nBase = nOrigin == 0 ? 0 : nOrigin == 1 ? Pos() : Size();
-        if (nOffset < -nBase || nOffset > Size() - nBase) return -1;
-        m_nNext = static_cast<std::size_t>(nBase + nOffset);
-        return 0;
-    }
-    bool IsSeekable() const override { return true; }
-    unsigned long WriteRaw(const void*, unsigned long) override { return 0; }
-    unsigned long ReadRaw(void* pData, unsigned long nSize) override
-    {
-        const std::size_t nRead = std::min<std::size_t>(nSize, m_aFile.size() - m_nNext);
-        if (nRead != 0) std::memcpy(pData, m_aFile.data() + m_nNext, nRead);
-        m_nNext += nRead;
-        return nRead;
-    }
-
-private:
-    const Bytes_t& m_aFile;
-    std::size_t m_nNext = 0;
-};
-
 constexpr std::size_t nFileHeader = 14;
 constexpr std::size_t nInfoHeader = 40; // the only one that the loader knows
 constexpr std::uint32_t nBitFields = 3;
@@ -142,7 +112,7 @@ void ReadBmp(const Bytes_t& aFile, ClPicture& cPicture)
     const ClHeader cSize(aFile);
     ClPicture::CheckSize(cSize.m_nWidth, std::abs(std::int64_t{cSize.m_nHeight}));
     const Bytes_t aShort = AsShortHeader(aFile);
-    ClMemoryStream cStream(aShort.empty() ? aFile : aShort);
+    ClBytesStream cStream(aShort.empty() ? aFile : aShort);
     ClImage cImage;
     try
     {

@@ -134,7 +134,7 @@ std::string ClCsvRecords::Record(const ClResult& cResult) const
         sPicture += CsvField(sField) + ',';
     }
     const std::size_t nFingers = cResult.m_aFingers.size();
-    if (nFingers == 0) return sPicture + ",0,,,,,,,,,,,\r\n";
+    if (nFingers == 0) return sPicture + ",0,,,,,,,,,,," + CsvField(cResult.m_sOverlay) + "\r\n";
     std::string sRows;
     for (std::size_t i = 0; i < nFingers; ++i)
     {

@@ -43,6 +43,7 @@ void ClStop::Install()
         if (cOld.sa_handler != SIG_IGN) sigaction(nSignal, &cAction, nullptr); // as under nohup
     }
     signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
 }
 
 int ClStop::Signal()

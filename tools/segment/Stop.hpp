@@ -3,7 +3,8 @@
 namespace SegmentTool
 {
 /// Signals that end a run in order: SIGINT, SIGTERM and SIGHUP. The first one only asks for the end; a second one ends
-/// the process at once. A closed pipe is made an error of writing instead of a signal. One for the process.
+/// the process at once. A closed pipe and a file at its limit are made errors of writing instead of signals. One for
+/// the process.
 class ClStop
 {
 public:

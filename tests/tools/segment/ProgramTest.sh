@@ -162,6 +162,57 @@ says "a slow decoder" "--decoder-timeout"
 run 3 --ppi 500 --decoder 'echo no picture' right.wsq
 run 0 -r --ppi 500 --endings wsq --decoder 'tail -n +2 "$1"' .
 
+# --- pictures of the fingers
+run 0 -o fingers right.bmp
+[ "$(ls -A fingers | tr '\n' ' ')" = "right_2.png right_3.png right_4.png right_5.png " ] || fail "not the fingers: $(ls -A fingers)"
+prints "their names" "fingers/right_5.png"
+run 0 --ppi 500 --biggest fingers/right_3.png
+run 0 --biggest fingers/right_3.png # it has the resolution of its picture
+sum=$(cksum fingers/*)
+run 0 -o fingers --overlay right.bmp
+[ -f fingers/right_overlay.png ] || fail "no overlay"
+[ "$(cksum fingers/right_?.png)" = "$sum" ] || fail "a second run writes something else"
+run 0 -o bmps/deep --image-format bmp one.bmp
+[ "$(ls -A bmps/deep)" = one_0.bmp ] || fail "not the finger: $(ls -A bmps/deep)"
+run 0 --biggest bmps/deep/one_0.bmp
+mkdir -p again
+draw four-fingers-right again/right.bmp 10000
+run 3 -o fingers again/right.bmp left.bmp
+says "two pictures of one name" "fingers/right_2.png is there already"
+prints "two pictures of one name" "again/right.bmp: not_written (error -202)"
+prints "the one behind them" "left.bmp: left hand"
+[ "$(cksum fingers/right_?.png)" = "$sum" ] || fail "fingers of another picture were overwritten"
+run 0 -o fingers --tree again/right.bmp
+[ -f fingers/again/right_2.png ] || fail "no tree"
+run 0 -r --format csv -o tree/fingers tree # which is not searched
+[ "$(grep -c fingers/ out)" -eq 8 ] || fail "not the fingers of the tree: $out"
+run 0 -r --format csv -o tree/fingers tree
+[ "$(grep -c fingers/ out)" -eq 8 ] || fail "the fingers were taken for pictures: $out"
+run 2 --overlay right.bmp
+says "no folder" "-o DIR"
+run 2 --tree right.bmp
+run 2 -o fingers --image-format gif right.bmp
+run 4 -o text.png right.bmp
+says "a file for a folder" "text.png"
+[ -z "$out" ] || fail "results without the fingers: $out"
+# A disk that is full for the fingers, by the limit of a file's size in blocks of 1024 bytes.
+status=0
+(
+    ulimit -f 50
+    exec "$program" -o full right.bmp
+) >out 2>errors || status=$?
+errors=$(<errors)
+[ "$status" -eq 4 ] || fail "fingers that cannot be written end with $status: $errors"
+says "fingers that cannot be written" "cannot write full/right_2.png"
+[ -z "$(ls -A full)" ] || fail "half a file is left: $(ls -A full)"
+[ ! -s out ] || fail "a result without its fingers: $(<out)"
+if [ "$(id -u)" -ne 0 ]; then
+    mkdir closed
+    chmod 500 closed
+    run 4 -o closed right.bmp
+    says "no rights" "Permission denied"
+fi
+
 # --- messages
 run 1 --quiet --expect 4 three.bmp right.bmp
 [ -z "$errors" ] || fail "--quiet tells: $errors"
