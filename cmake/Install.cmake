@@ -50,3 +50,12 @@ install(FILES "${PROJECT_BINARY_DIR}/velmarin-kormelin-segmentation.pc"
 set(KORMELIN_PYTHON_FOLDER "lib/python3/dist-packages" CACHE STRING "Where Python modules go, below the prefix")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/python/kormelin" DESTINATION "${KORMELIN_PYTHON_FOLDER}" COMPONENT python
     FILES_MATCHING PATTERN "*.py")
+
+if(TARGET kormelin-segment)
+    install(TARGETS kormelin-segment RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
+    install(FILES "${PROJECT_SOURCE_DIR}/tools/segment/completion/kormelin-segment"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT tools)
+    install(FILES "${PROJECT_SOURCE_DIR}/docs/kormelin-segment.schema.json"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/kormelin-segment" COMPONENT tools)
+endif()
+include(cmake/ManPages.cmake)

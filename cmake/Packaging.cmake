@@ -19,6 +19,18 @@ foreach(component IN LISTS package_components)
         DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${package_of_${component}}" COMPONENT ${component})
 endforeach()
 
+# Debian's manual pages are compressed.
+foreach(pages IN ITEMS "development man3/*.3" "tools man1/*.1")
+    separate_arguments(pages)
+    list(GET pages 0 component)
+    list(GET pages 1 pattern)
+    install(CODE "
+        file(GLOB pages \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_MANDIR}/${pattern}\")
+        if(pages)
+            execute_process(COMMAND \"${GZIP}\" -9 -n -f \${pages} COMMAND_ERROR_IS_FATAL ANY)
+        endif()" COMPONENT ${component})
+endforeach()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME velmarin-kormelin-segmentation)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})

@@ -7,6 +7,7 @@ jobs=$(nproc 2>/dev/null || echo 2)
 build_packages=(cmake g++ ninja-build libboost-dev)
 test_packages=(libgtest-dev libgmock-dev pkg-config python3-numpy python3-pytest python3-jsonschema imagemagick)
 tool_packages=(libcli11-dev nlohmann-json3-dev libpng-dev libjpeg62-turbo-dev libtiff-dev libopenjp2-7-dev)
+package_packages=(dpkg-dev fakeroot file gzip help2man lintian man-db python3)
 bench_packages=(libbenchmark-dev)
 sheet_packages=(libgd-dev)
 

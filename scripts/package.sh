@@ -5,7 +5,7 @@
 set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
 
-install_missing "${build_packages[@]}" "${tool_packages[@]}" dpkg-dev fakeroot file lintian
+install_missing "${build_packages[@]}" "${tool_packages[@]}" "${package_packages[@]}"
 rm -rf "$repository/build/packages"
 configure package
 build package

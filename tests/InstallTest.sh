@@ -58,3 +58,10 @@ read -r -a flags <<<"$(pkg-config --cflags --libs velmarin-kormelin-segmentation
 export LD_LIBRARY_PATH=$lib
 same_fingers "pkg-config, C" "$folder/segment" -o "$folder" "$sample"
 same_fingers "pkg-config, C++" "$folder/fingers" "$sample" "$folder/finger"
+
+if [ -x "$build/tools/segment/kormelin-segment" ]; then
+    "$prefix/bin/kormelin-segment" --format csv "$sample" >"$folder/out" || fail "the installed program: $(cat "$folder/out")"
+    [ "$(grep -c two-fingers "$folder/out")" -ge 1 ] || fail "the installed program says: $(cat "$folder/out")"
+    bash -n "$prefix/share/bash-completion/completions/kormelin-segment"
+    echo "program: segments the sample"
+fi
