@@ -6,6 +6,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <limits>
+#include <numeric>
 
 namespace
 {
@@ -14,56 +17,82 @@ using ClComponent = ClIpConnectedComponent2::ClComponent;
 constexpr char szModule[] = "RDImageProcessing/IpConnectedComponent2";
 constexpr unsigned char nOptional = 4; // mark of a pointer that may stay null, beside the access bits
 
-/// fn(component, column, row) for every object pixel, row by row.
-template <class Fn> void ForEachObjectPixel(const ClImage& cLabels, ClComponent* pComponents, Fn&& fn)
-{
-    if (cLabels.Data() == nullptr)
-    {
-        return;
-    }
-    for (int y = 0; y < cLabels.m_nHeight; ++y)
-    {
-        const int* pLabel = Row<int>(cLabels, y);
-        for (int x = 0; x < cLabels.m_nWidth; ++x)
-        {
-            if (pLabel[x] > 0)
-            {
-                fn(pComponents[pLabel[x] - 1], x, y);
-            }
-        }
-    }
-}
+/// Below this sums of whole numbers are exact in a double, in whatever order they are taken.
+constexpr double dExact = 9007199254740992.0; // 2^53
 
-void AddPixel(ClComponent& cComponent, double dX, double dY)
+/// The pixels of a run, all at once, to the sums of places, the area and the extent.
+void AddPixels(ClComponent& cComponent, std::int64_t nFirst, std::int64_t nEnd, int nY)
 {
-    cComponent.m_cCenter.m_dX += dX;
-    cComponent.m_cCenter.m_dY += dY;
-    cComponent.m_dArea += 1.0;
-    if (cComponent.m_dArea > 1.0)
-    {
-        cComponent.m_cMin.m_dX = std::min(cComponent.m_cMin.m_dX, dX);
-        cComponent.m_cMin.m_dY = std::min(cComponent.m_cMin.m_dY, dY);
-        cComponent.m_cMax.m_dX = std::max(cComponent.m_cMax.m_dX, dX);
-        cComponent.m_cMax.m_dY = std::max(cComponent.m_cMax.m_dY, dY);
-    }
-    else
+    const double dX = static_cast<double>(nFirst);
+    const double dLastX = static_cast<double>(nEnd - 1);
+    const double dY = nY;
+    const std::int64_t nPixels = nEnd - nFirst;
+    const std::int64_t nSumX = (nFirst + nEnd - 1) * nPixels / 2;
+    const bool bFirst = cComponent.m_dArea == 0.0;
+    cComponent.m_cCenter.m_dX += static_cast<double>(nSumX);
+    cComponent.m_cCenter.m_dY += static_cast<double>(nPixels * nY);
+    cComponent.m_dArea += static_cast<double>(nPixels);
+    if (bFirst)
     {
         cComponent.m_cMin = ClVector(dX, dY);
-        cComponent.m_cMax = ClVector(dX, dY);
+        cComponent.m_cMax = ClVector(dLastX, dY);
+        if (cComponent.m_cFirstPixel.m_dX < 0.0 || cComponent.m_cFirstPixel.m_dY < 0.0)
+        {
+            cComponent.m_cFirstPixel = ClVector(dX, dY);
+        }
+        return;
     }
-    if (cComponent.m_cFirstPixel.m_dX < 0.0 || cComponent.m_cFirstPixel.m_dY < 0.0)
+    cComponent.m_cMin.m_dX = std::min(cComponent.m_cMin.m_dX, dX);
+    cComponent.m_cMax.m_dX = std::max(cComponent.m_cMax.m_dX, dLastX);
+    cComponent.m_cMax.m_dY = dY;
+}
+
+void AddRun(ClComponent& cComponent, const ClObjectRuns::StRun& cRun, int nY)
+{
+    const double dMost = static_cast<double>(cRun.nEnd - cRun.nFirst) * std::max(cRun.nEnd, nY);
+    if (std::max(cComponent.m_cCenter.m_dX, cComponent.m_cCenter.m_dY) + dMost < dExact)
     {
-        cComponent.m_cFirstPixel = ClVector(dX, dY);
+        AddPixels(cComponent, cRun.nFirst, cRun.nEnd, nY);
+        return;
+    }
+    for (std::int64_t x = cRun.nFirst; x < cRun.nEnd; ++x) // every single addition may round
+    {
+        AddPixels(cComponent, x, x + 1, nY);
     }
 }
 
-void AddMoments(ClComponent& cComponent, double dX, double dY)
+/// The distances from the centre are no whole numbers: these sums round at each pixel.
+void AddMoments(ClComponent& cComponent, const ClObjectRuns::StRun& cRun, int nY)
 {
-    const double dDistX = dX - cComponent.m_cCenter.m_dX;
-    const double dDistY = dY - cComponent.m_cCenter.m_dY;
-    cComponent.m_dMomentXY += dDistX * dDistY;
-    cComponent.m_dMomentYY += dDistY * dDistY;
-    cComponent.m_dMomentXX += dDistX * dDistX;
+    const double dCenterX = cComponent.m_cCenter.m_dX;
+    const double dDistY = nY - cComponent.m_cCenter.m_dY;
+    const double dSquareY = dDistY * dDistY;
+    double dMomentXY = cComponent.m_dMomentXY;
+    double dMomentYY = cComponent.m_dMomentYY;
+    double dMomentXX = cComponent.m_dMomentXX;
+    for (int x = cRun.nFirst; x < cRun.nEnd; ++x)
+    {
+        const double dDistX = x - dCenterX;
+        dMomentXY += dDistX * dDistY;
+        dMomentYY += dSquareY;
+        dMomentXX += dDistX * dDistX;
+    }
+    cComponent.m_dMomentXY = dMomentXY;
+    cComponent.m_dMomentYY = dMomentYY;
+    cComponent.m_dMomentXX = dMomentXX;
+}
+
+void AddGrey(ClComponent& cComponent, const ClObjectRuns::StRun& cRun, const unsigned char* pGrey)
+{
+    double& dSum = cComponent.m_dMeanGrey;
+    constexpr double dMostOfRun = 255.0 * std::numeric_limits<int>::max();
+    if (dSum >= 0.0 && dSum + dMostOfRun < dExact && std::floor(dSum) == dSum)
+    {
+        dSum += static_cast<double>(std::accumulate(pGrey + cRun.nFirst, pGrey + cRun.nEnd, std::int64_t(0)));
+        return;
+    }
+    // An array in use goes on from a mean.
+    dSum = std::accumulate(pGrey + cRun.nFirst, pGrey + cRun.nEnd, dSum);
 }
 
 double Eccentricity(const ClComponent& cComponent)
@@ -98,33 +127,33 @@ double Orientation(const ClComponent& cComponent)
     return SpreadAcross(cComponent, dOther) < SpreadAcross(cComponent, dAngle) ? dOther : dAngle;
 }
 
-void Measure(const ClImage& cLabels, ClIpConnectedComponent2::ComponentsArray_t& aComponents)
+void MeasurePlaces(const ClObjectRuns& cRuns, ClIpConnectedComponent2::ComponentsArray_t& aComponents)
 {
     ClComponent* const pFirst = aComponents.m_pData;
-    ClComponent* const pEnd = pFirst + aComponents.Entries();
-    ForEachObjectPixel(cLabels, pFirst, [](ClComponent& cComponent, int x, int y) { AddPixel(cComponent, x, y); });
-    for (ClComponent* p = pFirst; p != pEnd; ++p)
+    cRuns.ForEach([&](const ClObjectRuns::StRun& cRun, int y) { AddRun(pFirst[cRun.nLabel - 1], cRun, y); });
+    for (unsigned long i = 0; i < aComponents.Entries(); ++i)
     {
-        p->m_cCenter.m_dX /= p->m_dArea;
-        p->m_cCenter.m_dY /= p->m_dArea;
-    }
-    ForEachObjectPixel(cLabels, pFirst, [](ClComponent& cComponent, int x, int y) { AddMoments(cComponent, x, y); });
-    for (ClComponent* p = pFirst; p != pEnd; ++p)
-    {
-        p->m_dEccentricity = Eccentricity(*p);
-        p->m_dOrientation = Orientation(*p);
+        aComponents[i].m_cCenter.m_dX /= aComponents[i].m_dArea;
+        aComponents[i].m_cCenter.m_dY /= aComponents[i].m_dArea;
     }
 }
 
-void MeasureGrey(const ClImage& cLabels, const ClImage& cGrey, ClIpConnectedComponent2::ComponentsArray_t& aComponents)
+void MeasureAxes(ClComponent& cComponent)
+{
+    cComponent.m_dEccentricity = Eccentricity(cComponent);
+    cComponent.m_dOrientation = Orientation(cComponent);
+}
+
+void MeasureGrey(const ClObjectRuns& cRuns, const ClImage& cGrey,
+                 ClIpConnectedComponent2::ComponentsArray_t& aComponents)
 {
     if (!HasBytePerColumn(cGrey))
     {
         return;
     }
-    ForEachObjectPixel(cLabels, aComponents.m_pData,
-                       [&](ClComponent& cComponent, int x, int y)
-                       { cComponent.m_dMeanGrey += Row<unsigned char>(cGrey, y)[x]; });
+    ClComponent* const pFirst = aComponents.m_pData;
+    cRuns.ForEach([&](const ClObjectRuns::StRun& cRun, int y)
+                  { AddGrey(pFirst[cRun.nLabel - 1], cRun, Row<unsigned char>(cGrey, y)); });
     for (unsigned long i = 0; i < aComponents.Entries(); ++i)
     {
         aComponents[i].m_dMeanGrey /= aComponents[i].m_dArea;
@@ -194,20 +223,41 @@ long ClIpConnectedComponent2::Process()
         throw ClException("the given grayimage has not the same size as the object image", FPC_ERROR_PARAM_INVALID,
                           true, szModule, __LINE__);
     }
-    ClImage cLocalLabels;
+    m_cRuns.Clear();
     ClIpLabeling cLabeling;
     cLabeling.Timer(IsTimerEnabled());
     cLabeling.m_pInImage = pInImage;
-    cLabeling.m_pOutImage = m_pOutImage != nullptr ? m_pOutImage : &cLocalLabels;
+    cLabeling.m_pOutImage = m_pOutImage;
+    cLabeling.m_pRuns = &m_cRuns;
     cLabeling.Apply();
 
     PrepareEntries(static_cast<unsigned long>(cLabeling.m_nLabels));
-    Measure(*cLabeling.m_pOutImage, *m_pComponents);
+    MeasurePlaces(m_cRuns, *m_pComponents);
+    if (!m_bMomentsOnDemand)
+    {
+        ClComponent* const pFirst = m_pComponents->m_pData;
+        m_cRuns.ForEach([&](const ClObjectRuns::StRun& cRun, int y) { AddMoments(pFirst[cRun.nLabel - 1], cRun, y); });
+        std::for_each(pFirst, pFirst + m_pComponents->Entries(), MeasureAxes);
+    }
     if (m_pInImageGrey != nullptr)
     {
-        MeasureGrey(*cLabeling.m_pOutImage, *m_pInImageGrey, *m_pComponents);
+        MeasureGrey(m_cRuns, *m_pInImageGrey, *m_pComponents);
     }
     return FPC_SUCCESS;
+}
+
+void ClIpConnectedComponent2::MeasureMoments(unsigned long nEntry)
+{
+    ClComponent& cComponent = (*m_pComponents)[nEntry];
+    m_cRuns.ForEach(static_cast<int>(cComponent.m_cMin.m_dY), static_cast<int>(cComponent.m_cMax.m_dY) + 1,
+                    [&](const ClObjectRuns::StRun& cRun, int y)
+                    {
+                        if (cRun.nLabel == cComponent.m_nLabel)
+                        {
+                            AddMoments(cComponent, cRun, y);
+                        }
+                    });
+    MeasureAxes(cComponent);
 }
 
 void ClIpConnectedComponent2::PrepareEntries(unsigned long nLabels)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "RDImageProcessing/ObjectRuns.hpp"
 #include "RDTools/FpImage.hpp"
 #include "RDTools/ProcessorBase.hpp"
 #include "RDTools/Vector.hpp"
@@ -7,9 +8,12 @@
 /// Measures the four-connected objects of an image.
 /// Input   pInImage, 8-bit, one plane, object pixels 0 (see ClIpLabeling); optional m_pInImageGrey, 8-bit, same size.
 /// Output  m_pComponents: one entry per object in label order. Optional m_pOutImage: the label image.
-/// Values  pixel coordinates, x the column, y the row as stored; all sums run over the pixels in raster order.
+/// Values  pixel coordinates, x the column, y the row as stored. All values are those of sums that run over the pixels
+/// in
+///         raster order, one addition a pixel: sums of whole numbers are exact however they are taken, the moments are
+///         summed up in that order.
 /// Errors  ClException -37 without input or array, -44 for a grey image of another size; those of ClIpLabeling.
-/// Cost    three passes over the label image, two without a grey image.
+/// Cost    that of ClObjectRuns, a step for each run and, for the moments, one for each object pixel.
 class ClIpConnectedComponent2 : public ClProcessorBase
 {
 public:
@@ -73,13 +77,18 @@ public:
     bool CanApply() override;
     /// The array is fresh or cleared. In entries that are in use the moments, the mean and the first pixel run on.
     long Process() override;
+    /// What m_bMomentsOnDemand has left out, for one entry of the array as Process has left it.
+    void MeasureMoments(unsigned long nEntry);
 
     ClImage* pInImage = nullptr;                ///< not owned
     ClImage* m_pInImageGrey = nullptr;          ///< not owned, may be null
     ClImage* m_pOutImage = nullptr;             ///< not owned, may be null
     ComponentsArray_t* m_pComponents = nullptr; ///< not owned
+    bool m_bMomentsOnDemand = false; ///< leave moments, eccentricity and orientation as they are: they cost the most
 
 private:
     bool GreyHasSameSize() const;
     void PrepareEntries(unsigned long nLabels);
+
+    ClObjectRuns m_cRuns; ///< of the last run
 };

@@ -2,7 +2,8 @@
 
 #include "RDImageProcessing/FillTools.hpp"
 
-#include <cstring>
+#include <cstdint>
+#include <limits>
 
 namespace
 {
@@ -50,35 +51,42 @@ long ClIpLabeling::Process()
     {
         throw ClException("Inputimage is missing", FPC_ERROR_PARAM_IS_MISSING, true, szModule, __LINE__);
     }
-    if (m_pOutImage == nullptr)
+    if (m_pOutImage == nullptr && m_pRuns == nullptr)
     {
         throw ClException("Outputimage is missing", FPC_ERROR_PARAM_IS_MISSING, true, szModule, __LINE__);
     }
-    m_pOutImage->Resize(*m_pInImage, ClImage::eSInt32); // refuses the input itself
+    ClObjectRuns cLocalRuns;
+    ClObjectRuns& cRuns = m_pRuns != nullptr ? *m_pRuns : cLocalRuns;
+    cRuns.Clear();
     m_nLabels = 0;
-    if (m_pOutImage->Data() == nullptr)
+    if (m_pOutImage != nullptr)
     {
-        return FPC_SUCCESS; // no pixels, no objects
+        m_pOutImage->Resize(*m_pInImage, ClImage::eSInt32); // refuses the input itself
     }
-    std::memset(m_pOutImage->Data(), 0,
-                static_cast<std::size_t>(m_pOutImage->Stride()) * static_cast<std::size_t>(m_pOutImage->m_nHeight));
-    if (!HasBytePerColumn(*m_pInImage))
+    else
     {
-        return FPC_SUCCESS;
+        CheckLabelImage();
     }
-    for (int y = 0; y < m_pInImage->m_nHeight; ++y)
+    if (HasBytePerColumn(*m_pInImage) && m_pInImage->m_nHeight > 0)
     {
-        const unsigned char* pIn = Row<unsigned char>(*m_pInImage, y);
-        const int* pLabel = Row<int>(*m_pOutImage, y);
-        for (int x = 0; x < m_pInImage->m_nWidth; ++x)
-        {
-            if (pIn[x] == 0 && pLabel[x] == 0)
-            {
-                FloodFill(x, y, ++m_nLabels);
-            }
-        }
+        m_nLabels = cRuns.Find(*m_pInImage);
+    }
+    if (m_pOutImage != nullptr && m_pOutImage->Data() != nullptr)
+    {
+        cRuns.Paint(*m_pOutImage);
     }
     return FPC_SUCCESS;
+}
+
+/// Fails where a label image would fail by its size alone.
+void ClIpLabeling::CheckLabelImage() const
+{
+    const std::int64_t nSamples = std::int64_t{m_pInImage->m_nWidth} * m_pInImage->m_nPlanes;
+    constexpr std::int64_t nMostSamples = std::numeric_limits<int>::max() / 4;
+    if (m_pInImage->m_nWidth < 0 || m_pInImage->m_nHeight < 0 || nSamples < 0 || nSamples > nMostSamples)
+    {
+        ClImage().Resize(*m_pInImage, ClImage::eSInt32);
+    }
 }
 
 void ClIpLabeling::FloodFill(long nX, long nY, int nLabel)

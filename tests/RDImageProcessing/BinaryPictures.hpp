@@ -26,20 +26,65 @@ inline void FillBinary(ClImage& cImage, int nWidth, int nHeight, int nBlackPerce
     }
 }
 
-/// fn(image) for pictures of many sizes and densities.
+/// A picture whose pixel (x, y) is 0 where isBlack(x, y) holds and 255 elsewhere; padding is 0.
+template <class Fn> void FillPattern(ClImage& cImage, int nWidth, int nHeight, Fn&& isBlack)
+{
+    FillBinary(cImage, nWidth, nHeight, 0, 1);
+    for (int y = 0; y < nHeight; ++y)
+    {
+        for (int x = 0; x < nWidth; ++x)
+        {
+            SetSample<unsigned char>(cImage, x, y, 0, isBlack(x, y) ? 0 : 255);
+        }
+    }
+}
+
+struct ClBinaryPattern
+{
+    const char* szName;
+    bool (*pIsBlack)(int x, int y);
+};
+constexpr ClBinaryPattern aBinaryPatterns[] = {
+    {"vertical stripes of 1", [](int x, int) { return x % 2 == 0; }},
+    {"vertical stripes of 5", [](int x, int) { return x % 10 >= 5; }},
+    {"horizontal stripes", [](int, int y) { return y % 2 == 0; }},
+    {"checkerboard of 1", [](int x, int y) { return (x + y) % 2 == 0; }},
+    {"checkerboard of 3", [](int x, int y) { return (x / 3 + y / 3) % 2 == 0; }},
+    {"checkerboard of 64", [](int x, int y) { return (x / 64 + y / 2) % 2 == 0; }},
+    {"comb", [](int x, int y) { return y == 0 || x % 3 == 0; }},
+    {"comb from above", [](int x, int y) { return y > 5 || x % 3 == 0; }},
+    {"snake", [](int x, int y) { return y % 2 == 0 || x == (y % 4 == 1 ? 0 : 4); }},
+    {"blobs", [](int x, int y) { return (x % 23 - 11) * (x % 23 - 11) + (y % 9 - 4) * (y % 9 - 4) * 4 < 90; }},
+    {"holes", [](int x, int y) { return (x % 23 - 11) * (x % 23 - 11) + (y % 9 - 4) * (y % 9 - 4) * 4 >= 90; }},
+};
+
+/// fn(image) for pictures of many sizes and densities, and for every pattern at each width from 1 to 70 and some more.
 template <class Fn> void ForEachBinaryPicture(Fn&& fn)
 {
     unsigned int nSeed = 1;
+    ClImage cImage;
     for (const ClTestSize& cSize : aTestSizes)
     {
         for (const int nPercent : {0, 20, 50, 60, 70, 90, 100})
         {
-            ClImage cImage;
             FillBinary(cImage, cSize.nWidth, cSize.nHeight, nPercent, nSeed++);
             SCOPED_TRACE(std::to_string(cSize.nWidth) + " by " + std::to_string(cSize.nHeight) + ", " +
                          std::to_string(nPercent) + " percent black");
             fn(cImage);
         }
+    }
+    for (int nWidth = 1; nWidth <= 73; ++nWidth)
+    {
+        const int nWide = nWidth <= 70 ? nWidth : 57 * (nWidth - 69) + nWidth; // up to 305
+        SCOPED_TRACE(std::to_string(nWide) + " columns");
+        for (const ClBinaryPattern& cPattern : aBinaryPatterns)
+        {
+            SCOPED_TRACE(cPattern.szName);
+            FillPattern(cImage, nWide, 1 + nWidth % 14, cPattern.pIsBlack);
+            fn(cImage);
+        }
+        FillBinary(cImage, nWide, 1 + nWidth % 8, 10 + nWidth, nSeed++);
+        fn(cImage);
     }
 }
 

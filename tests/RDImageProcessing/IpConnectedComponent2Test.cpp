@@ -4,6 +4,7 @@
 #include "RDTools/ParameterContainer.hpp"
 
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <memory>
 #include <vector>
@@ -165,6 +166,63 @@ TEST(IpConnectedComponent2, MeasuresEveryObjectToTheBit)
             LabelByDefinition(cIn, cExpectedLabels);
             EXPECT_TRUE(SamePixels(cExpectedLabels, cLabels));
         });
+}
+
+TEST(IpConnectedComponent2, MomentsOnDemandAreThoseOfAWholeMeasurement)
+{
+    ForEachBinaryPicture(
+        [](ClImage& cIn)
+        {
+            Components aExpected;
+            MeasureImage(cIn, aExpected);
+            Components aComponents;
+            ClIpConnectedComponent2 cMeasure;
+            cMeasure.pInImage = &cIn;
+            cMeasure.m_pComponents = &aComponents;
+            cMeasure.m_bMomentsOnDemand = true;
+            ASSERT_EQ(0, cMeasure.Apply());
+            ASSERT_EQ(aExpected.Entries(), aComponents.Entries());
+            for (unsigned long i = 0; i < aExpected.Entries(); ++i)
+            {
+                EXPECT_EQ(0.0, aComponents[i].m_dMomentXX);
+                EXPECT_EQ(0.0, aComponents[i].m_dOrientation);
+                cMeasure.MeasureMoments(i);
+                ExpectSame(aExpected[i], aComponents[i]);
+            }
+        });
+}
+
+TEST(IpConnectedComponent2, SumsThatLeaveTheWholeNumbersOfADoubleRoundAtEachPixel)
+{
+    constexpr int nWidth = (1 << 27) + 54321; // one row; the columns add up to more than 2^53
+    struct ClFree
+    {
+        void operator()(unsigned char* p) const { std::free(p); }
+    };
+    // All pixels are objects. Pages that are only read take no memory.
+    const std::unique_ptr<unsigned char, ClFree> pRow(static_cast<unsigned char*>(std::calloc(nWidth + 3, 1)));
+    ASSERT_NE(nullptr, pRow);
+    ClImage cIn;
+    cIn.Attach(pRow.get(), ClImage::eUInt8, nWidth, 1, 1, 0, 0);
+    Components aComponents;
+    ClIpConnectedComponent2 cMeasure;
+    cMeasure.pInImage = &cIn;
+    cMeasure.m_pComponents = &aComponents;
+    cMeasure.m_bMomentsOnDemand = true;
+    ASSERT_EQ(0, cMeasure.Apply());
+    double dSum = 0.0;
+    for (int x = 0; x < nWidth; ++x)
+    {
+        dSum += x;
+    }
+    EXPECT_GT(dSum, 9007199254740992.0);
+    EXPECT_NE((nWidth - 1) * 0.5, dSum / nWidth); // the exact mean
+    ASSERT_EQ(1u, aComponents.Entries());
+    EXPECT_EQ(dSum / nWidth, aComponents[0].m_cCenter.m_dX);
+    EXPECT_EQ(nWidth, aComponents[0].m_dArea);
+    EXPECT_EQ(nWidth - 1, aComponents[0].m_cMax.m_dX);
+    EXPECT_EQ(0.0, aComponents[0].m_cMin.m_dX);
+    EXPECT_EQ(0.0, aComponents[0].m_cFirstPixel.m_dX);
 }
 
 TEST(IpConnectedComponent2, WithoutAGreyImageTheMeanIsZero)

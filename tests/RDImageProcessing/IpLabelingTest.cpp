@@ -236,6 +236,113 @@ TEST(IpLabeling, AFillFromOutsideOfTheImageDoesNothing)
     }
 }
 
+TEST(IpLabeling, TheFillOfEveryFirstPixelGivesTheSameLabels)
+{
+    // The plain form of the labelling: a fill from each object pixel that has no label yet.
+    ForEachBinaryPicture(
+        [](ClImage& cIn)
+        {
+            ClImage cExpected;
+            const int nLabels = Label(cIn, cExpected);
+            ClImage cOut;
+            cOut.Resize(cIn, ClImage::eSInt32);
+            std::memset(cOut.Data(), 0,
+                        static_cast<std::size_t>(cOut.Stride()) * static_cast<std::size_t>(cOut.m_nHeight));
+            ClIpLabeling cLabeling;
+            cLabeling.m_pInImage = &cIn;
+            cLabeling.m_pOutImage = &cOut;
+            int nFills = 0;
+            for (int y = 0; y < cIn.m_nHeight; ++y)
+            {
+                for (int x = 0; x < cIn.m_nWidth; ++x)
+                {
+                    if (SampleAt<unsigned char>(cIn, x, y) == 0 && SampleAt<int>(cOut, x, y) == 0)
+                    {
+                        cLabeling.FloodFill(x, y, ++nFills);
+                    }
+                }
+            }
+            EXPECT_EQ(nLabels, nFills);
+            EXPECT_TRUE(SamePixels(cExpected, cOut));
+        });
+}
+
+TEST(IpLabeling, GivesTheObjectsAsRunsWithOrWithoutALabelImage)
+{
+    ForEachBinaryPicture(
+        [](ClImage& cIn)
+        {
+            ClImage cExpected;
+            const int nLabels = Label(cIn, cExpected);
+            for (const bool bImage : {false, true})
+            {
+                ClObjectRuns cRuns;
+                ClImage cOut;
+                ClIpLabeling cLabeling;
+                cLabeling.m_pInImage = &cIn;
+                cLabeling.m_pOutImage = bImage ? &cOut : nullptr;
+                cLabeling.m_pRuns = &cRuns;
+                EXPECT_EQ(0, cLabeling.Apply());
+                EXPECT_EQ(nLabels, cLabeling.m_nLabels);
+                EXPECT_TRUE(!bImage || SamePixels(cExpected, cOut));
+                ClImage cPainted;
+                cPainted.Resize(cIn, ClImage::eSInt32);
+                cRuns.Paint(cPainted);
+                EXPECT_TRUE(SamePixels(cExpected, cPainted));
+            }
+        });
+}
+
+TEST(IpLabeling, AnImageForWhichThereIsNoLabelImageFailsWithoutOneToo)
+{
+    // Rows of 2^31 bytes and more, sides and planes that are none.
+    unsigned char anPixels[8] = {};
+    const struct
+    {
+        int nWidth;
+        int nHeight;
+        int nPlanes;
+        long nCode;
+    } aCases[] = {{0x20000000, 1, 1, -101},
+                  {0x10000000, 1, 2, -101},
+                  {0x40000001, 1, 1, -102},
+                  {-9, 2, 1, -101},
+                  {9, -2, 1, -101},
+                  {9, 2, -1, -101},
+                  {-9, 0, 1, 0},
+                  {9, 0, 1, 0}};
+    for (const auto& cCase : aCases)
+    {
+        SCOPED_TRACE(std::to_string(cCase.nWidth) + " by " + std::to_string(cCase.nHeight));
+        ClImage cIn;
+        cIn.Attach(anPixels, ClImage::eUInt8, 1, 1, 1, 0, 0);
+        cIn.m_nWidth = cCase.nWidth;
+        cIn.m_nHeight = cCase.nHeight;
+        cIn.m_nPlanes = cCase.nPlanes;
+        long anNumber[2] = {};
+        for (const bool bImage : {false, true})
+        {
+            ClObjectRuns cRuns;
+            ClImage cOut;
+            ClIpLabeling cLabeling;
+            cLabeling.m_pInImage = &cIn;
+            cLabeling.m_pOutImage = bImage ? &cOut : nullptr;
+            cLabeling.m_pRuns = &cRuns;
+            try
+            {
+                cLabeling.Apply();
+                EXPECT_EQ(0, cLabeling.m_nLabels);
+            }
+            catch (const ClException& cRaised)
+            {
+                anNumber[bImage ? 1 : 0] = cRaised.Number();
+            }
+        }
+        EXPECT_EQ(anNumber[1], anNumber[0]);
+        EXPECT_EQ(cCase.nCode, anNumber[0]);
+    }
+}
+
 TEST(IpLabeling, ReportsWhatIsMissing)
 {
     ClImage cImage(2, 2, 1, 0, 0);
