@@ -1,5 +1,6 @@
 #include "RDImageProcessing/IpFloodFill.hpp"
 
+#include "RDImageProcessing/ByteRuns.hpp"
 #include "RDImageProcessing/FillTools.hpp"
 #include "RDImageProcessing/Ip1to1Base.hpp"
 #include "RDTools/ParameterContainer.hpp"
@@ -14,7 +15,7 @@ namespace
 using StLinePart = ClIpFloodFill::StLinePart;
 using ClLineParts = TpArrayDynamic<StLinePart, 100>;
 
-/// Replaces one value by another over whole regions.
+/// Replaces one value by another over whole regions, run by run.
 class ClRegionFill
 {
 public:
@@ -33,44 +34,33 @@ public:
         while (m_aStack.m_nUsed != 0)
         {
             const StLinePart cPart = PopEntry(m_aStack);
-            if (cPart.nX >= 0 && cPart.pRow[cPart.nX] == m_nOld)
+            if (cPart.pRow[cPart.nX] != m_nOld)
             {
-                const long nFirst = Walk(cPart.pRow, cPart.nX, -1) + 1;
-                const long nLast = Walk(cPart.pRow, cPart.nX + 1, 1) - 1;
-                fnRun(cPart.pRow, nFirst, nLast);
+                continue; // reached on another way
             }
+            const long nFirst = StartOfRun(cPart.pRow, cPart.nX, m_nWidth, m_nOld);
+            const long nEnd = EndOfRun(cPart.pRow, cPart.nX, m_nWidth, m_nOld);
+            std::memset(cPart.pRow + nFirst, m_nNew, static_cast<std::size_t>(nEnd - nFirst));
+            if (cPart.pRow + m_nStride < m_pEnd)
+            {
+                PushRuns(cPart.pRow + m_nStride, nFirst, nEnd);
+            }
+            if (cPart.pRow > m_pFirstRow)
+            {
+                PushRuns(cPart.pRow - m_nStride, nFirst, nEnd);
+            }
+            fnRun(cPart.pRow, nFirst, nEnd - 1);
         }
     }
 
 private:
-    /// Fills from a column on, to the left or to the right, and puts one entry on the stack for each run of the old
-    /// value above and below. Returns the column where it stopped.
-    long Walk(unsigned char* pRow, long nX, long nStep)
+    /// Puts one entry on the stack for each run of the old value above or below a run that was filled.
+    void PushRuns(unsigned char* pRow, long nFirst, long nEnd)
     {
-        unsigned char* const pBelow = pRow + m_nStride < m_pEnd ? pRow + m_nStride : nullptr;
-        unsigned char* const pAbove = pRow > m_pFirstRow ? pRow - m_nStride : nullptr;
-        bool bInRunBelow = false;
-        bool bInRunAbove = false;
-        for (; nX >= 0 && nX < m_nWidth && pRow[nX] == m_nOld; nX += nStep)
-        {
-            Visit(pBelow, nX, bInRunBelow);
-            Visit(pAbove, nX, bInRunAbove);
-            pRow[nX] = m_nNew;
-        }
-        return nX;
-    }
-
-    void Visit(unsigned char* pRow, long nX, bool& bInRun)
-    {
-        if (pRow != nullptr)
-        {
-            const bool bOpen = pRow[nX] == m_nOld;
-            if (bOpen && !bInRun)
-            {
-                PushEntry(m_aStack, StLinePart{pRow, nX});
-            }
-            bInRun = bOpen;
-        }
+        ForEachRun(pRow, m_nWidth, nFirst, nEnd, m_nOld,
+                   [&](long nX, long) {
+                       PushEntry(m_aStack, StLinePart{pRow, nX});
+                   });
     }
 
     const std::ptrdiff_t m_nStride;
@@ -210,12 +200,8 @@ void ClIpFloodFill::CountFill(ClImage& cImage)
     for (int y = 0; y < cImage.m_nHeight; ++y)
     {
         unsigned char* const pRow = Row<unsigned char>(cImage, y);
-        for (int x = 0; x < cImage.m_nWidth; ++x)
+        for (int x = 0; (x = FindByte(pRow, x, cImage.m_nWidth, nWhite)) < cImage.m_nWidth; ++x)
         {
-            if (pRow[x] != nWhite)
-            {
-                continue;
-            }
             long nCount = 0;
             aEnds.Clear();
             cFill.Fill({pRow, x},

@@ -1,5 +1,6 @@
 #include "RDImageProcessing/IpFloodFillLabeling.hpp"
 
+#include "RDImageProcessing/ByteRuns.hpp"
 #include "RDImageProcessing/FillTools.hpp"
 
 #include <algorithm>
@@ -44,14 +45,8 @@ unsigned char ClIpFloodFillLabeling::LabelObjects(ClImage& cImage)
     for (int y = 0; y < cImage.m_nHeight; ++y)
     {
         const unsigned char* pRow = Row<unsigned char>(cImage, y);
-        int x = 0;
-        while (x < cImage.m_nWidth)
+        for (int x = 0; (x = FindByte(pRow, x, cImage.m_nWidth, 0)) < cImage.m_nWidth;)
         {
-            if (pRow[x] != 0)
-            {
-                ++x;
-                continue;
-            }
             cFill.m_nFillColor = static_cast<unsigned char>(nLabel);
             cFill.m_nStartX = x;
             cFill.m_nStartY = y;
@@ -79,17 +74,18 @@ void ClIpFloodFillLabeling::ListObjects(const ClImage& cImage, unsigned long nOb
     for (int y = 0; y < cImage.m_nHeight; ++y)
     {
         const unsigned char* pRow = Row<unsigned char>(cImage, y);
-        for (int x = 0; x < cImage.m_nWidth; ++x)
+        for (long x = 0, nEnd = 0; x < cImage.m_nWidth; x = nEnd)
         {
+            nEnd = EndOfRun(pRow, x, cImage.m_nWidth, pRow[x]);
             const unsigned char nIndex = static_cast<unsigned char>(pRow[x] - 1); // 0 becomes 255, which is no index
             if (nIndex < nObjects)
             {
                 StBoundingBox& cBox = m_aObjects[nIndex];
                 cBox.nMinX = std::min<long>(cBox.nMinX, x);
                 cBox.nMinY = std::min<long>(cBox.nMinY, y);
-                cBox.nMaxX = std::max<long>(cBox.nMaxX, x);
+                cBox.nMaxX = std::max<long>(cBox.nMaxX, nEnd - 1);
                 cBox.nMaxY = std::max<long>(cBox.nMaxY, y);
-                ++cBox.nCount;
+                cBox.nCount += nEnd - x;
             }
         }
     }
