@@ -288,12 +288,9 @@ void ClBmpReader::CheckAhead(std::uint64_t nPixels) const
     const std::int64_t nSeek = SeekBehindSpace();
     const std::int64_t nRows = m_cStream.Pos() + static_cast<std::int64_t>(m_nSpace) + nSeek;
     const std::int64_t nToRows = static_cast<std::int64_t>(m_nSpace) + (nRows < 0 ? 0 : nSeek);
-    const std::uint64_t nNeeded = IsRle() ? 2 : nPixels;
-    if (m_nSpace > nAhead ||
-        (nNeeded != 0 && nToRows + static_cast<std::int64_t>(nNeeded) > static_cast<std::int64_t>(nAhead)))
-    {
-        throw ClExStreamUnexpectedEnd("Unexpected end of stream", FPC_ERROR_UNEXPECTED_EOF, false, szModule, __LINE__);
-    }
+    const auto nNeeded = static_cast<std::int64_t>(IsRle() ? 2 : nPixels);
+    const std::int64_t nToEnd = nNeeded == 0 ? 0 : std::max<std::int64_t>(nToRows + nNeeded, 0);
+    m_cStream.CheckMoved(nAhead, std::max(m_nSpace, static_cast<std::uint64_t>(nToEnd)));
 }
 
 void ClBmpReader::ReadTable(unsigned char* pTable) const

@@ -102,7 +102,8 @@ const unsigned char* ClBitmapLayout::TakeHeader(const unsigned char* pDIB)
     {
         throw ClException("No Bitmap to Attach", FPC_ERROR_BITMAP_PTR, true, szModule, __LINE__);
     }
-    if (m_nSize != 1 && BeginsWithFileHeader(pDIB)) // one byte has no room for the two letters
+    // Of a single byte there is no second letter to look at; a header without file header does not begin with a B.
+    if (m_nSize == 1 ? *pDIB == 'B' : BeginsWithFileHeader(pDIB))
     {
         if (m_nSize >= 1 && m_nSize <= nFileHeaderSize)
         {

@@ -120,7 +120,8 @@ bool ClImage::RowFits(int nPlanes, int nWidth, int nSampleSize)
 
 void ClImage::NewWithType(unsigned char eType, int nWidth, int nHeight, int nPlanes, int nXRes, int nYRes)
 {
-    const std::int64_t nOldBytes = BlockBytes(Stride(), m_nHeight);
+    // After a refusal two negative sizes may stand, whose product is no size of the block.
+    const std::int64_t nOldBytes = m_nHeight < 0 && Stride() < 0 ? -1 : BlockBytes(Stride(), m_nHeight);
 
     m_eDataType = static_cast<EDataType>(eType);
     m_nWidth = nWidth;
@@ -216,14 +217,19 @@ ClImage& ClImage::operator=(const ClImage& cOther)
 ClImage& ClImage::operator=(const ClBitmap& cBitmap)
 {
     ClImage cTemporary;
-    if (cTemporary.Attach(cBitmap))
+    try
     {
-        *this = cTemporary;
+        if (cTemporary.Attach(cBitmap))
+        {
+            return *this = cTemporary;
+        }
     }
-    else
+    catch (const ClException&)
     {
         Initialize();
+        throw;
     }
+    Initialize();
     return *this;
 }
 

@@ -77,7 +77,7 @@ public:
     void Resize(const ClImage& cModel, unsigned char eType);
 
     ClImage& operator=(const ClImage& cOther);   ///< deep copy
-    ClImage& operator=(const ClBitmap& cBitmap); ///< deep copy; empty if the bitmap cannot be attached
+    ClImage& operator=(const ClBitmap& cBitmap); ///< deep copy; empty, whatever is raised, if it cannot be attached
 
     void Attach(const ClImage& cOther);              ///< shares the pixels; attaching to itself empties the image
     void Attach(void* pData, const ClImage& cModel); ///< borrows pData, described as cModel

@@ -230,7 +230,7 @@ TEST(Bitmap, AttachTellsWhichPartIsMissing)
         }
         EXPECT_RAISES_CODE(cBitmap.Attach(cBytes.Data(), nSize), -21);
     }
-    for (unsigned long nSize = 2; nSize < aFile.size(); ++nSize)
+    for (unsigned long nSize = 1; nSize < aFile.size(); ++nSize)
     {
         const ClGuardedBytes cBytes(aFile.data(), nSize);
         if (nSize != 14 + 40 && nSize != 14 + 40 + 1024)
@@ -246,9 +246,10 @@ TEST(Bitmap, AttachTellsWhichPartIsMissing)
 
 TEST(Bitmap, AttachOfOneByteReadsNoSecondOne)
 {
-    const ClGuardedBytes cBytes("B", 1);
+    const ClGuardedBytes cFile("B", 1), cHeader("\x28", 1);
     ClBitmap cBitmap;
-    EXPECT_RAISES_CODE(cBitmap.Attach(cBytes.Data(), 1), -21);
+    EXPECT_RAISES_CODE(cBitmap.Attach(cFile.Data(), 1), -10); // what there is of a file header
+    EXPECT_RAISES_CODE(cBitmap.Attach(cHeader.Data(), 1), -21);
 }
 
 TEST(Bitmap, AttachSkipsOneFileHeaderOnly)

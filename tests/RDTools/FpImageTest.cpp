@@ -175,6 +175,20 @@ TEST(FpImage, NegativeAreaIsRefusedWithTheNewFieldsStanding)
     EXPECT_RAISES_CODE(ClImage(10, -1, 1, 0, 0), -101);
 }
 
+TEST(FpImage, SizesThatWereRefusedAreNotTakenForTheSizeOfTheBlock)
+{
+    ClImage cImage(3, 3, 1, 0, 0);
+    EXPECT_RAISES_CODE(cImage.NewWithType(1, -1000, -1000, 1, 0, 0), -101);
+    cImage.NewWithType(1, 1000, 1000, 1, 0, 0); // the same product
+    std::memset(cImage.Data(), 7, 1000 * 1000);
+    EXPECT_EQ(7, Row<unsigned char>(cImage, 999)[999]);
+
+    cImage.NewWithType(1, 3, 3, 1, 0, 0);
+    EXPECT_RAISES_CODE(cImage.NewWithType(1, 0x7fffffff, -1, 1, 0, 0), -101); // the stride wraps to a negative one
+    EXPECT_RAISES_CODE(cImage.NewWithType(1, -1000, -1000, 1, 0, 0), -101);
+    EXPECT_RAISES_CODE(cImage.NewWithType(1, -1000, -1000, 1, 0, 0), -101);
+}
+
 TEST(FpImage, SizeThatNoRowCanHoldIsBadAlloc)
 {
     ClImage cImage(3, 3, 1, 0, 0);
@@ -392,6 +406,9 @@ TEST(FpImage, BitmapsThatAreNoRowsOfSamplesCannotBeAttached)
         const ClBitmap cBitmap(aBlock.data(), true);
         EXPECT_RAISES(cImage.Attach(cBitmap), ClException, -12,
                       "Pixel depth is invalid (see documentation).\nbitmap bit depth not supported\n");
+        ExpectEmpty(cImage);
+        cImage.NewWithType(1, 2, 2, 1, 0, 0);
+        EXPECT_RAISES_CODE(cImage = cBitmap, -12);
         ExpectEmpty(cImage);
     }
     for (const int nCompression : {1, 2, 3})
