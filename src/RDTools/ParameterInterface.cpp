@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 namespace
 {
@@ -57,23 +58,12 @@ void CopyText(const char* szText, char* szBuffer, std::size_t nSize)
     szBuffer[nLength] = '\0';
 }
 
-void CheckVariable(const void* pValue)
-{
-    if (pValue == nullptr)
-    {
-        throw ClException("m_pValue is not set", FPC_ERROR_BAD_POINTER, true, szModule, __LINE__);
-    }
-}
-
-/// Stores a pointer in the variable of a parameter that describes such pointers.
-template <class T> void StorePointer(ClParameterInterface::ClParameter& cParameter, bool bType, T* pPointer)
+void CheckType(bool bType)
 {
     if (!bType)
     {
         throw ClException("the parameter holds something else", FPC_ERROR_PARAM_INVALID, true, szModule, __LINE__);
     }
-    CheckVariable(cParameter.m_pValue);
-    *static_cast<T**>(cParameter.m_pValue) = pPointer;
 }
 
 /// Reads a number as it stands in a record and hands it on; one that is not complete is passed over.
@@ -113,18 +103,12 @@ ClParameterInterface::ClParameter::~ClParameter()
 
 void ClParameterInterface::ClParameter::SetName(const char* szName)
 {
-    if (szName != m_szName)
-    {
-        ClParameterBase::SetString(&m_szName, szName);
-    }
+    ClParameterBase::SetString(&m_szName, szName);
 }
 
 void ClParameterInterface::ClParameter::SetDescription(const char* szDescription)
 {
-    if (szDescription != m_szDescription)
-    {
-        ClParameterBase::SetString(&m_szDescription, szDescription);
-    }
+    ClParameterBase::SetString(&m_szDescription, szDescription);
 }
 
 void ClParameterInterface::ClParameter::SetEnumList(const char* szList, const long* pnValues)
@@ -293,12 +277,16 @@ void ClParameterInterface::ClParameter::SetValue(double dValue)
 
 void ClParameterInterface::ClParameter::SetValue(ClImage* pImage)
 {
-    StorePointer(*this, m_eType == eImage, pImage);
+    CheckType(m_eType == eImage);
+    CheckVariable(m_pValue);
+    *static_cast<ClImage**>(m_pValue) = pImage;
 }
 
 void ClParameterInterface::ClParameter::SetValue(ClGraph* pGraph)
 {
-    StorePointer(*this, m_eType == eGraph, pGraph);
+    CheckType(m_eType == eGraph);
+    CheckVariable(m_pValue);
+    *static_cast<ClGraph**>(m_pValue) = pGraph;
 }
 
 ClImage* ClParameterInterface::ClParameter::GetImage() const
@@ -471,13 +459,37 @@ void ClParameterInterface::ReadFromStream(ClStream& cStream)
     }
 }
 
-/// Makes a parameter with its texts, outside of the list.
-std::unique_ptr<ClParameterInterface::ClParameter> ClParameterInterface::Make(const char* szName,
-                                                                              const char* szDescription)
+void ClParameterInterface::CheckVariable(const void* pValue)
+{
+    if (pValue == nullptr)
+    {
+        throw ClException("m_pValue is not set", FPC_ERROR_BAD_POINTER, true, szModule, __LINE__);
+    }
+}
+
+std::unique_ptr<ClParameterInterface::ClParameter> ClParameterInterface::Make(void* pValue, const char* szName,
+                                                                              const char* szDescription,
+                                                                              EDirection eDirection, EType eType)
 {
     std::unique_ptr<ClParameter> pParameter(ConvertBadAlloc([] { return new ClParameter; }));
     pParameter->SetName(szName);
     pParameter->SetDescription(szDescription);
+    pParameter->m_pValue = pValue;
+    pParameter->m_eDirection = eDirection;
+    pParameter->m_eType = eType;
+    return pParameter;
+}
+
+std::unique_ptr<ClParameterInterface::ClParameter>
+ClParameterInterface::MakeNumber(void* pValue, const StNumber& cNumber, const char* szName, const char* szDescription,
+                                 EDirection eDirection, double dLower, double dUpper)
+{
+    ProcessRanges(cNumber.dValue, dLower, dUpper);
+    auto pParameter = Make(pValue, szName, szDescription, eDirection, cNumber.eType);
+    pParameter->SetRange(std::clamp(dLower, cNumber.dLowest, cNumber.dHighest),
+                         std::clamp(dUpper, cNumber.dLowest, cNumber.dHighest));
+    pParameter->m_nLongBytes = cNumber.nBytes == sizeof(int) ? sizeof(int) : sizeof(long);
+    pParameter->m_dDefault = cNumber.dValue;
     return pParameter;
 }
 
@@ -495,29 +507,25 @@ ClParameterInterface::ClParameter* ClParameterInterface::Append(std::unique_ptr<
 
 ClParameterInterface::ClParameter* ClParameterInterface::AddParameter()
 {
-    return Append(Make(nullptr, nullptr));
+    return Append(Make(nullptr, nullptr, nullptr, eInOut, eVoid));
 }
 
 ClParameterInterface::ClParameter* ClParameterInterface::AddParameter(void** ppValue, const char* szName,
                                                                       const char* szDescription, EDirection eDirection,
                                                                       long eType, long bNoRange)
 {
-    ClParameter* pParameter = Append(Make(szName, szDescription));
-    pParameter->m_pValue = ppValue;
-    pParameter->m_eDirection = eDirection;
-    pParameter->m_eType = static_cast<EType>(eType);
+    auto pParameter = Make(ppValue, szName, szDescription, eDirection, static_cast<EType>(eType));
     pParameter->m_bNoRange = static_cast<int>(bNoRange);
-    return pParameter;
+    return Append(std::move(pParameter));
 }
 
 ClParameterInterface::ClParameter* ClParameterInterface::AddPointer(void* ppValue, const char* szName,
                                                                     const char* szDescription, EDirection eDirection,
                                                                     EType eType, double dLower, double dUpper)
 {
-    ClParameter* pParameter =
-        AddParameter(static_cast<void**>(ppValue), szName, szDescription, eDirection, static_cast<long>(eType), 0L);
+    auto pParameter = Make(ppValue, szName, szDescription, eDirection, eType);
     pParameter->SetRange(dLower, dUpper);
-    return pParameter;
+    return Append(std::move(pParameter));
 }
 
 ClParameterInterface::ClParameter* ClParameterInterface::AddParameter(ClImage** ppImage, const char* szName,
@@ -532,19 +540,6 @@ ClParameterInterface::ClParameter* ClParameterInterface::AddParameter(ClGraph** 
                                                                       double dLower, double dUpper)
 {
     return AddPointer(ppGraph, szName, szDescription, eDirection, eGraph, dLower, dUpper);
-}
-
-ClParameterInterface::ClParameter* ClParameterInterface::AddNumber(void* pValue, const StNumber& cNumber,
-                                                                   const char* szName, const char* szDescription,
-                                                                   EDirection eDirection, double dLower, double dUpper)
-{
-    ProcessRanges(cNumber.dValue, dLower, dUpper);
-    dLower = std::clamp(dLower, cNumber.dLowest, cNumber.dHighest);
-    dUpper = std::clamp(dUpper, cNumber.dLowest, cNumber.dHighest);
-    ClParameter* pParameter = AddPointer(pValue, szName, szDescription, eDirection, cNumber.eType, dLower, dUpper);
-    pParameter->m_nLongBytes = cNumber.nBytes == sizeof(int) ? sizeof(int) : sizeof(long);
-    pParameter->m_dDefault = cNumber.dValue;
-    return pParameter;
 }
 
 ClParameterInterface::ClParameter* ClParameterInterface::AddComment(const char* szText)

@@ -6,6 +6,7 @@
 #include <limits>
 #include <memory>
 #include <type_traits>
+#include <utility>
 
 class ClGraph;
 class ClImage;
@@ -147,25 +148,21 @@ public:
     ClParameter* AddParameter(ClGraph** ppGraph, const char* szName, const char* szDescription, EDirection eDirection,
                               double dLower = 0.0, double dUpper = 0.0);
     /// A number, a truth value or an enumeration, whose present value becomes the default. The range is cut to the
-    /// limits of T; see ProcessRanges for the one that stands here.
+    /// limits of T; see ProcessRanges for the one that stands here. Errors moreover: null -701.
     template <class T, class = std::enable_if_t<std::is_arithmetic_v<T> || std::is_enum_v<T>>>
     ClParameter* AddParameter(T* pValue, const char* szName, const char* szDescription, EDirection eDirection,
                               double dLower = 1.0, double dUpper = -1.0)
     {
-        using Number = typename TpNumberOf<T>::Type;
-        const StNumber cNumber = {TypeOf<T>(), sizeof(T), static_cast<double>(*pValue),
-                                  static_cast<double>(std::numeric_limits<Number>::lowest()),
-                                  static_cast<double>(std::numeric_limits<Number>::max())};
-        return AddNumber(pValue, cNumber, szName, szDescription, eDirection, dLower, dUpper);
+        return Append(MakeNumber(pValue, NumberOf(pValue), szName, szDescription, eDirection, dLower, dUpper));
     }
     /// The same without a range, for a value that is chosen by name.
     template <class T, std::size_t nCount>
     ClParameter* AddChoice(T* pValue, const char* szName, const char* szDescription, EDirection eDirection,
                            const StEnumName (&aNames)[nCount])
     {
-        ClParameter* pParameter = AddParameter(pValue, szName, szDescription, eDirection, 0.0, 0.0);
+        auto pParameter = MakeNumber(pValue, NumberOf(pValue), szName, szDescription, eDirection, 0.0, 0.0);
         pParameter->SetEnumList(aNames);
-        return pParameter;
+        return Append(std::move(pParameter));
     }
     ClParameter* AddComment(const char* szText);
 
@@ -198,8 +195,8 @@ private:
         static_assert(!std::is_enum_v<T> || std::is_same_v<typename TpNumberOf<T>::Type, int> ||
                           std::is_same_v<typename TpNumberOf<T>::Type, long>,
                       "an enumeration is stored as an int or a long");
-        static_assert(bInt || std::is_enum_v<T> || std::is_floating_point_v<T> || std::is_same_v<T, bool> ||
-                          std::is_same_v<T, unsigned char> || std::is_same_v<T, short> ||
+        static_assert(bInt || std::is_enum_v<T> || std::is_same_v<T, float> || std::is_same_v<T, double> ||
+                          std::is_same_v<T, bool> || std::is_same_v<T, unsigned char> || std::is_same_v<T, short> ||
                           std::is_same_v<T, unsigned short>,
                       "no type of a description stores this");
         return std::is_enum_v<T>                  ? eEnum
@@ -208,7 +205,7 @@ private:
                : std::is_same_v<T, unsigned char> ? eByte
                : std::is_same_v<T, short>         ? eShort
                : std::is_same_v<T, float>         ? eFloat
-               : std::is_floating_point_v<T>      ? eDouble
+               : std::is_same_v<T, double>        ? eDouble
                                                   : eAngle;
     }
 
@@ -221,10 +218,23 @@ private:
         double dHighest;
     };
 
-    ClParameter* AddNumber(void* pValue, const StNumber& cNumber, const char* szName, const char* szDescription,
-                           EDirection eDirection, double dLower, double dUpper);
+    template <class T> static StNumber NumberOf(const T* pValue)
+    {
+        using Number = typename TpNumberOf<T>::Type;
+        CheckVariable(pValue);
+        return {TypeOf<T>(), sizeof(T), static_cast<double>(*pValue),
+                static_cast<double>(std::numeric_limits<Number>::lowest()),
+                static_cast<double>(std::numeric_limits<Number>::max())};
+    }
+
+    static void CheckVariable(const void* pValue);
+    // Parameters outside of the list, so that one that fails leaves it alone.
+    static std::unique_ptr<ClParameter> Make(void* pValue, const char* szName, const char* szDescription,
+                                             EDirection eDirection, EType eType);
+    static std::unique_ptr<ClParameter> MakeNumber(void* pValue, const StNumber& cNumber, const char* szName,
+                                                   const char* szDescription, EDirection eDirection, double dLower,
+                                                   double dUpper);
     ClParameter* AddPointer(void* ppValue, const char* szName, const char* szDescription, EDirection eDirection,
                             EType eType, double dLower, double dUpper);
-    static std::unique_ptr<ClParameter> Make(const char* szName, const char* szDescription);
     ClParameter* Append(std::unique_ptr<ClParameter> pParameter);
 };

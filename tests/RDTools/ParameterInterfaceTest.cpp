@@ -259,6 +259,10 @@ TEST(ParameterInterface, NamesAndDescriptionsAreCopies)
     c.SetDescription(c.GetDescription());
     EXPECT_STREQ("first", c.GetName());
     EXPECT_STREQ("first", c.GetDescription());
+    c.SetName(c.GetName() + 2);
+    c.SetDescription(c.GetDescription() + 3);
+    EXPECT_STREQ("rst", c.GetName());
+    EXPECT_STREQ("st", c.GetDescription());
     c.SetName(nullptr);
     c.SetDescription(nullptr);
     EXPECT_EQ(nullptr, c.GetName());
@@ -527,6 +531,28 @@ TEST(ParameterInterface, EnumListsAreCopies)
     EXPECT_EQ(std::string("default\0none\0", 14), std::string(c.GetEnumList(), 14));
     EXPECT_EQ(255, c.m_pnEnumValues[0]);
     EXPECT_EQ(-1, c.m_pnEnumValues[1]);
+}
+
+TEST(ParameterInterface, ANumberNeedsAVariable)
+{
+    Interface c;
+    int* pNone = nullptr;
+    static constexpr StEnumName aNames[] = {{0, "none"}};
+    EXPECT_RAISES_CODE(c.AddParameter(pNone, "n", "", Interface::eIn), -701);
+    EXPECT_RAISES_CODE(c.AddChoice(pNone, "n", "", Interface::eIn, aNames), -701);
+    EXPECT_EQ(0, c.Count());
+}
+
+TEST(ParameterInterface, WithoutMemoryAChoiceIsNotAddedByHalves)
+{
+    static constexpr StEnumName aNames[] = {{3, "Red"}, {5, "Green"}};
+    Interface c;
+    EColour eColour = eGreen;
+    const auto add = [&] { c.AddChoice(&eColour, "Colour", "a colour", Interface::eIn, aNames); };
+    EXPECT_EQ(7, ExpectBadAllocAtEveryAllocation(add)) << "the parameter, its texts, the list twice";
+    ASSERT_EQ(1, c.Count());
+    EXPECT_STREQ("Green", c.FirstParam()->szValue());
+    EXPECT_EQ(1, c.FirstParam()->m_bNoRange);
 }
 
 TEST(ParameterInterface, WithoutMemoryTheListIsAsBefore)

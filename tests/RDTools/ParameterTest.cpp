@@ -98,6 +98,10 @@ TEST(Parameter, KeepsCopiesOfNameAndDescription)
     szText[0] = 'X';
     EXPECT_STREQ("Width", cParameter.GetName());
     EXPECT_STREQ("Width", cParameter.GetDescription());
+    cParameter.SetName(cParameter.GetName()); // its own text, and a part of it
+    cParameter.SetDescription(cParameter.GetDescription() + 2);
+    EXPECT_STREQ("Width", cParameter.GetName());
+    EXPECT_STREQ("dth", cParameter.GetDescription());
     cParameter.SetName(nullptr);
     cParameter.SetDescription(nullptr);
     EXPECT_EQ(nullptr, cParameter.GetName());
