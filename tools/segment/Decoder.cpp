@@ -186,7 +186,7 @@ int MillisecondsUntil(Clock_t::time_point cEnd)
 
 void CheckStop()
 {
-    if (ClStop::Signal() != 0) throw ClPictureError(FPC_ERROR_READ_FAIL, "the run was stopped");
+    if (ClStop::IsAsked()) throw ClPictureError(FPC_ERROR_READ_FAIL, "the run was stopped");
 }
 } // namespace
 

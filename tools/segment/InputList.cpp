@@ -71,7 +71,7 @@ private:
         {
             pollfd aWaits[] = {{m_nFile, POLLIN, 0}, {ClStop::Descriptor(), POLLIN, 0}};
             poll(aWaits, 2, -1);
-            if (ClStop::Signal() != 0) return false;
+            if (ClStop::IsAsked()) return false;
             if (aWaits[0].revents == 0) continue;
             const ssize_t nRead = read(m_nFile, aBytes, sizeof aBytes);
             if (nRead < 0 && (errno == EINTR || errno == EAGAIN)) continue;
@@ -222,5 +222,20 @@ bool ClInputList::IsTaken(const std::string& sName) const
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return std::any_of(m_cOptions.m_aEndings.begin(), m_cOptions.m_aEndings.end(),
                        [&sEnding](const std::string& s) { return s == "*" || s == sEnding; });
+}
+
+std::uint64_t CountInputs(const ClListOptions& cOptions, const std::string& sFolderOfFingers)
+{
+    struct stat cStatus;
+    if (!cOptions.m_sListFile.empty() &&
+        (cOptions.m_sListFile == "-" || stat(cOptions.m_sListFile.c_str(), &cStatus) != 0 || !S_ISREG(cStatus.st_mode)))
+    {
+        return 0;
+    }
+    ClInputList cList(cOptions, sFolderOfFingers);
+    ClInput cInput;
+    std::uint64_t nCount = 0;
+    while (!ClStop::IsAsked() && cList.Next(cInput)) ++nCount;
+    return nCount;
 }
 } // namespace SegmentTool

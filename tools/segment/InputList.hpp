@@ -56,4 +56,7 @@ private:
     unsigned long long m_nSkipDevice = 0;
     unsigned long long m_nSkipFile = 0;
 };
+
+/// How many pictures the list has, by going through it; 0 if it can be gone through only once.
+std::uint64_t CountInputs(const ClListOptions& cOptions, const std::string& sFolderOfFingers);
 } // namespace SegmentTool

@@ -11,10 +11,13 @@
 #include <cmath>
 #include <cstdio>
 
+#include <sched.h>
+
 namespace SegmentTool
 {
 namespace
 {
+constexpr int nMostJobs = 1024;
 constexpr double dMostPpi = 10000.0;
 constexpr double dMostSeconds = 86400.0;
 constexpr unsigned long nMostShards = 1000000;
@@ -47,6 +50,14 @@ constexpr const char* szFooter =
     "  kormelin-segment --format json -r archive --output results.jsonl -o fingers --tree\n"
     "  kormelin-segment --format csv --ppi 500 --expect 4 --report report.html slaps/*.bmp\n"
     "  kormelin-segment --decoder 'my-wsq-decoder --pgm \"$1\"' --ppi 500 slap.wsq";
+
+// The processors that this process may run on.
+int AvailableProcessors()
+{
+    cpu_set_t cSet;
+    if (sched_getaffinity(0, sizeof cSet, &cSet) != 0) return 1;
+    return std::max(1, CPU_COUNT(&cSet));
+}
 
 std::vector<std::string> DefaultEndings(bool bDecoder)
 {
@@ -151,6 +162,10 @@ void AddOutputOptions(CLI::App& cApp, ClOptions& cOptions, ClTexts& cTexts)
     cApp.add_option("--output", cOptions.m_sOutput, "Write the results to FILE instead of standard output")
         ->option_text("FILE")
         ->group(szGroup);
+    cApp.add_flag("--resume", cOptions.m_bResume,
+                  "Go on behind the results that are in that file, with the same list and options: what is whole there "
+                  "stays, and the file ends as if no run had been interrupted. For json and csv")
+        ->group(szGroup);
     cApp.add_option(
             "-o,--out-dir", cOptions.m_sFolder,
             "Write the picture of each finger into DIR as NAME_CODE.png: NAME is the input's without its ending, "
@@ -181,7 +196,14 @@ void AddRunOptions(CLI::App& cApp, ClOptions& cOptions)
         ->option_text("N")
         ->check(CLI::Range(1, 4))
         ->group(szGroup);
-    cApp.add_flag("-q,--quiet", cOptions.m_bQuiet, "No messages but those that end the run")->group(szGroup);
+    cOptions.m_nJobs = AvailableProcessors();
+    cApp.add_option("-j,--jobs", cOptions.m_nJobs,
+                    "Threads, by default one for each processor. Results come in the order of the list, whatever N is")
+        ->option_text("N")
+        ->check(CLI::Range(1, nMostJobs))
+        ->group(szGroup);
+    cApp.add_flag("-q,--quiet", cOptions.m_bQuiet, "No messages but those that end the run, and no progress bar")
+        ->group(szGroup);
 }
 
 // What no single option can tell.
@@ -197,6 +219,8 @@ void CheckTogether(const ClOptions& cOptions)
     Demand(!std::isnan(cOptions.m_cReading.m_dDecoderSeconds), "--decoder-timeout is no number");
     Demand(cOptions.m_nExpect == 0 || !cOptions.m_bBiggest, "--expect counts fingers, and --biggest looks for none");
     Demand(!cOptions.m_cList.m_bNullSeparated || !cOptions.m_cList.m_sListFile.empty(), "--null needs --files-from");
+    Demand(!cOptions.m_bResume || !cOptions.m_sOutput.empty(), "--resume needs the file of results, --output FILE");
+    Demand(!cOptions.m_bResume || cOptions.m_eRecords != ERecords::eText, "--resume needs --format json or csv");
     Demand(!cOptions.m_bOverlay || !cOptions.m_sFolder.empty(), "--overlay needs a folder, -o DIR");
     Demand(!cOptions.m_bTree || !cOptions.m_sFolder.empty(), "--tree needs a folder, -o DIR");
     for (const std::string& sInput : cOptions.m_cList.m_aInputs) Demand(!sInput.empty(), "An empty name is no picture");

@@ -1,16 +1,21 @@
 #include "Program.hpp"
 
 #include "AtomicFile.hpp"
+#include "Batch.hpp"
 #include "Escape.hpp"
 #include "InputList.hpp"
 #include "Options.hpp"
+#include "Progress.hpp"
 #include "Records.hpp"
 #include "ResultFile.hpp"
+#include "Resume.hpp"
 #include "Stop.hpp"
 #include "Work.hpp"
 
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <memory>
 #include <new>
 
 #include <fcntl.h>
@@ -35,42 +40,102 @@ void OpenStandardInputAndErrors()
     }
 }
 
-void Tell(const std::string& sText)
+std::string SignalName(int nSignal)
 {
-    std::fprintf(stderr, "kormelin-segment: %s\n", sText.c_str());
+    const char* szName = sigabbrev_np(nSignal);
+    return szName != nullptr ? std::string("SIG") + szName : "signal " + std::to_string(nSignal);
 }
 
-int Run(const ClOptions& cOptions)
+/// A run: the list, the results, the messages.
+class ClRun
 {
-    ClResultFile cOutput;
-    if (cOptions.m_sOutput.empty())
-        cOutput.OpenStandardOutput();
-    else
-        cOutput.Open(cOptions.m_sOutput, false);
-    const std::unique_ptr<ClRecordWriter> pWriter = ClRecordWriter::Create(cOptions.m_eRecords);
-    cOutput.Write(pWriter->Header());
-
-    if (!cOptions.m_sFolder.empty()) MakeFolders(cOptions.m_sFolder);
-    ClInputList cList(cOptions.m_cList, cOptions.m_sFolder);
-    ClTally cTally;
-    ClInput cInput;
-    while (ClStop::Signal() == 0 && cList.Next(cInput))
+public:
+    explicit ClRun(const ClOptions& cOptions)
+        : m_cOptions(cOptions), m_cMessages(cOptions.m_bQuiet), m_pWriter(ClRecordWriter::Create(cOptions.m_eRecords))
     {
-        ClWork cWork = WorkOn(cInput, cOptions);
-        WriteFiles(cOptions, cWork);
-        const ClResult& cResult = cWork.m_cResult;
-        cOutput.Write(pWriter->Record(cResult));
-        cTally.Add(cResult.m_eOutcome);
-        if (!cOptions.m_bQuiet && cResult.m_eOutcome != EOutcome::eSegmented)
-        {
-            Tell(EscapeText(cResult.m_sInput) + ": " + EscapeText(cResult.m_sMessage));
-        }
     }
-    if (const int nSignal = ClStop::Signal()) return eExitSignal + nSignal;
-    cOutput.Close();
-    if (!cOptions.m_bQuiet && cTally.Total() > 1) Tell(cTally.Summary());
-    return cTally.Exit();
-}
+
+    int Run()
+    {
+        if (!m_cOptions.m_sFolder.empty()) MakeFolders(m_cOptions.m_sFolder);
+        m_pList = std::make_unique<ClInputList>(m_cOptions.m_cList, m_cOptions.m_sFolder);
+        const std::uint64_t nTotal =
+            m_cMessages.ShowsProgress() ? CountInputs(m_cOptions.m_cList, m_cOptions.m_sFolder) : 0;
+        OpenResults();
+        m_cMessages.Start(nTotal == 1 ? 0 : nTotal, m_cTally);
+        const ClBatchSteps cSteps = {[this](ClInput& cInput) { return m_pList->Next(cInput); },
+                                     [this](const ClInput& cInput) { return WorkOn(cInput, m_cOptions); },
+                                     [this](ClWork& cWork) { Commit(cWork); }};
+        RunBatch(m_cOptions.m_nJobs, cSteps);
+        m_cMessages.End();
+        if (const int nSignal = ClStop::Signal()) return Stopped(nSignal);
+        m_cOutput.Close();
+        if (m_cTally.Total() != 1) m_cMessages.Tell(m_cTally.Summary());
+        return m_cTally.Exit();
+    }
+
+private:
+    void OpenResults()
+    {
+        if (m_cOptions.m_sOutput.empty())
+            m_cOutput.OpenStandardOutput();
+        else
+            m_cOutput.Open(m_cOptions.m_sOutput, m_cOptions.m_bResume);
+        std::uint64_t nBytes = 0;
+        if (m_cOptions.m_bResume)
+        {
+            const ClDone cDone =
+                ReadResults(m_cOptions.m_sOutput, m_cOptions.m_eRecords,
+                            [this](std::uint64_t nIndex, const std::string& sInput) { Skip(nIndex, sInput); });
+            nBytes = cDone.m_nBytes;
+            m_cTally = cDone.m_cTally;
+            m_cOutput.Truncate(nBytes);
+        }
+        if (nBytes == 0) m_cOutput.Write(m_pWriter->Header());
+    }
+
+    // A picture that has its result already must be the next one of the list.
+    void Skip(std::uint64_t nIndex, const std::string& sInput)
+    {
+        ClInput cInput;
+        const bool bListed = m_pList->Next(cInput);
+        if (bListed && cInput.m_nIndex == nIndex && InputAsWritten(m_cOptions.m_eRecords, cInput.m_sPath) == sInput)
+            return;
+        throw ClRunError(eExitUsage, EscapeText(m_cOptions.m_sOutput) + " is not of this list: there, picture " +
+                                         std::to_string(nIndex) + " is " + EscapeText(sInput) + ", and " +
+                                         (bListed ? "here, picture " + std::to_string(cInput.m_nIndex) + " is " +
+                                                        EscapeText(cInput.m_sPath)
+                                                  : "the list has ended"));
+    }
+
+    void Commit(ClWork& cWork)
+    {
+        WriteFiles(m_cOptions, cWork);
+        const ClResult& cResult = cWork.m_cResult;
+        m_cOutput.Write(m_pWriter->Record(cResult));
+        m_cTally.Add(cResult.m_eOutcome);
+        if (cResult.m_eOutcome != EOutcome::eSegmented)
+        {
+            m_cMessages.Tell(EscapeText(cResult.m_sInput) + ": " + EscapeText(cResult.m_sMessage));
+        }
+        m_cMessages.Step(m_cTally);
+    }
+
+    int Stopped(int nSignal)
+    {
+        const bool bResumable = !m_cOptions.m_sOutput.empty() && m_cOptions.m_eRecords != ERecords::eText;
+        m_cMessages.Tell("ended by " + SignalName(nSignal) + " behind " + std::to_string(m_cTally.Total()) +
+                         (bResumable ? " pictures; the same with --resume goes on there" : " pictures"));
+        return eExitSignal + nSignal;
+    }
+
+    const ClOptions& m_cOptions;
+    ClMessages m_cMessages;
+    std::unique_ptr<ClRecordWriter> m_pWriter;
+    std::unique_ptr<ClInputList> m_pList;
+    ClResultFile m_cOutput;
+    ClTally m_cTally;
+};
 } // namespace
 
 int RunProgram(int nArguments, const char* const* aszArguments)
@@ -85,7 +150,7 @@ int RunProgram(int nArguments, const char* const* aszArguments)
             return eExitUsage;
         }
         ClStop::Install();
-        if (cCommand.m_bRun) return Run(cCommand.m_cOptions);
+        if (cCommand.m_bRun) return ClRun(cCommand.m_cOptions).Run();
         ClResultFile cOut;
         cOut.OpenStandardOutput();
         cOut.Write(cCommand.m_sOut);
@@ -93,16 +158,16 @@ int RunProgram(int nArguments, const char* const* aszArguments)
     }
     catch (const ClRunError& cError)
     {
-        Tell(cError.what());
+        TellAlways(cError.what());
         return cError.m_nExit;
     }
     catch (const std::bad_alloc&)
     {
-        Tell("not enough memory");
+        TellAlways("not enough memory");
     }
     catch (const std::exception& cError)
     {
-        Tell(std::string("internal fault: ") + cError.what());
+        TellAlways(std::string("internal fault: ") + cError.what());
     }
     return eExitInternal;
 }

@@ -6,9 +6,12 @@
 #include "SystemText.hpp"
 
 #include <cerrno>
+#include <climits>
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace SegmentTool
@@ -22,29 +25,40 @@ void ClResultFile::OpenStandardOutput()
 {
     m_sName = "standard output";
     m_nFile = STDOUT_FILENO;
-    if (fcntl(m_nFile, F_GETFD) < 0) Fail(errno);
+    struct stat cStatus;
+    if (fstat(m_nFile, &cStatus) != 0) Fail(errno);
+    m_bMayWait = !S_ISREG(cStatus.st_mode);
 }
 
 void ClResultFile::Open(const std::string& sPath, bool bKeep)
 {
     m_sName = sPath;
-    m_nFile = open(sPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOCTTY | (bKeep ? 0 : O_TRUNC), 0666);
-    // What cannot be read, such as a terminal's or a pipe's other end, can be written all the same.
-    if (m_nFile < 0 && !bKeep) m_nFile = open(sPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_TRUNC, 0666);
+    m_nFile = open(sPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY, 0666);
     if (m_nFile < 0) Fail(errno);
     m_bOwned = true;
+    // Two runs that write to one file would mix their lines. Where a file system has no locks there is no such test.
+    if (flock(m_nFile, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+    {
+        throw ClRunError(eExitInternal, "another run is writing to " + EscapeText(sPath));
+    }
+    struct stat cStatus;
+    if (fstat(m_nFile, &cStatus) != 0) Fail(errno);
+    m_bMayWait = !S_ISREG(cStatus.st_mode);
+    if (!bKeep && !m_bMayWait) Truncate(0);
 }
 
 void ClResultFile::Write(std::string_view sText)
 {
     while (!sText.empty())
     {
-        const ssize_t nWritten = write(m_nFile, sText.data(), sText.size());
-        if (nWritten < 0 && (errno == EINTR || errno == EAGAIN))
+        std::string_view sNow = sText;
+        if (m_bMayWait)
         {
             WaitForRoom();
-            continue;
+            sNow = sNow.substr(0, PIPE_BUF); // for which there is room then
         }
+        const ssize_t nWritten = write(m_nFile, sNow.data(), sNow.size());
+        if (nWritten < 0 && (errno == EINTR || errno == EAGAIN)) continue;
         if (nWritten < 0) Fail(errno);
         sText.remove_prefix(static_cast<std::size_t>(nWritten));
     }
@@ -53,9 +67,13 @@ void ClResultFile::Write(std::string_view sText)
 // A pipe whose reader has gone to sleep must not keep a run from stopping.
 void ClResultFile::WaitForRoom() const
 {
-    if (const int nSignal = ClStop::Signal()) throw ClRunError(eExitSignal + nSignal, "stopped");
-    pollfd aWaits[] = {{m_nFile, POLLOUT, 0}, {ClStop::Descriptor(), POLLIN, 0}};
-    poll(aWaits, 2, -1);
+    for (;;)
+    {
+        pollfd aWaits[] = {{m_nFile, POLLOUT, 0}, {ClStop::Descriptor(), POLLIN, 0}};
+        if (poll(aWaits, 2, -1) < 0 && errno != EINTR) Fail(errno);
+        if (aWaits[0].revents != 0) return; // errors, too: the writing tells them
+        if (const int nSignal = ClStop::Signal()) throw ClRunError(eExitSignal + nSignal, "stopped");
+    }
 }
 
 void ClResultFile::Truncate(unsigned long long nSize)

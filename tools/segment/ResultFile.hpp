@@ -16,13 +16,11 @@ public:
     ~ClResultFile();
 
     void OpenStandardOutput();
-    /// Makes the file, or empties it; with bKeep leaves what is in it.
+    /// Makes the file, or empties it; with bKeep leaves what is in it. Errors moreover: another run has it.
     void Open(const std::string& sPath, bool bKeep);
     void Write(std::string_view sText);
     void Truncate(unsigned long long nSize); ///< and goes on there
     void Close();                            ///< the last place where an error can show
-
-    int Descriptor() const { return m_nFile; }
 
 private:
     void WaitForRoom() const;
@@ -30,6 +28,7 @@ private:
 
     int m_nFile = -1;
     bool m_bOwned = false;
+    bool m_bMayWait = false; ///< a pipe, a terminal: someone must read
     std::string m_sName;
 };
 } // namespace SegmentTool

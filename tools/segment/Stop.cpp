@@ -14,17 +14,24 @@ namespace SegmentTool
 namespace
 {
 std::atomic<int> nCame{0};
+std::atomic<bool> bAsked{false};
 std::atomic<int> nEvent{-1};
 static_assert(std::atomic<int>::is_always_lock_free, "the handler of a signal must not wait for a lock");
+
+void SetAsked()
+{
+    bAsked = true;
+    const std::uint64_t nOne = 1;
+    if (write(nEvent, &nOne, sizeof nOne) < 0) // nobody waits then; the flag is seen anyway
+    {
+    }
+}
 
 void OnSignal(int nSignal)
 {
     const int nError = errno;
     nCame = nSignal;
-    const std::uint64_t nOne = 1;
-    if (write(nEvent, &nOne, sizeof nOne) < 0) // nobody waits then; the flag is seen anyway
-    {
-    }
+    SetAsked();
     errno = nError;
 }
 } // namespace
@@ -51,6 +58,16 @@ int ClStop::Signal()
     return nCame;
 }
 
+void ClStop::Ask()
+{
+    SetAsked();
+}
+
+bool ClStop::IsAsked()
+{
+    return bAsked;
+}
+
 int ClStop::Descriptor()
 {
     return nEvent;
@@ -59,6 +76,7 @@ int ClStop::Descriptor()
 void ClStop::Reset()
 {
     nCame = 0;
+    bAsked = false;
     std::uint64_t nCount = 0;
     if (nEvent >= 0 && read(nEvent, &nCount, sizeof nCount) < 0) // there was nothing to forget
     {

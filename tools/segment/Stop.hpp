@@ -12,9 +12,13 @@ public:
     static void Install();
     /// The signal that has come, or 0. For any thread.
     static int Signal();
-    /// Becomes readable when one has come, for poll(); -1 before Install.
+    /// Asks for the end without a signal, so that nothing is waited for any more.
+    static void Ask();
+    /// Whether the run is to stop. For any thread.
+    static bool IsAsked();
+    /// Becomes readable when it is, for poll(); -1 before Install.
     static int Descriptor();
-    /// Forgets a signal, for tests.
+    /// Forgets all that, for tests.
     static void Reset();
 };
 } // namespace SegmentTool
