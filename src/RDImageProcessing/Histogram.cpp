@@ -11,6 +11,25 @@
 namespace
 {
 constexpr int nSignedOffset = 128;
+constexpr int nCounters = 8; // for each value
+
+/// Neighbouring bytes go to counters of their own. With one counter for a value, where a picture is flat each addition
+/// would wait for the one before.
+void CountBytes(const unsigned char* p, int nBytes, unsigned int (&anCount)[ClHistogram::nBins][nCounters])
+{
+    int x = 0;
+    for (; x + nCounters <= nBytes; x += nCounters)
+    {
+        for (int i = 0; i < nCounters; ++i)
+        {
+            ++anCount[p[x + i]][i];
+        }
+    }
+    for (; x < nBytes; ++x)
+    {
+        ++anCount[p[x]][0];
+    }
+}
 } // namespace
 
 ClHistogram::ClHistogram() : m_nOffset(0)
@@ -51,15 +70,15 @@ void ClHistogram::Create(const ClImage& cImage, int nLeft, int nTop, int nRight,
     {
         return;
     }
-    // Adding 128 to a signed byte is flipping the highest bit of the byte.
-    const unsigned char nFlip = static_cast<unsigned char>(m_nOffset);
+    unsigned int anCount[nBins][nCounters] = {};
     for (int y = nTop; y < nBottom; ++y)
     {
-        const unsigned char* pRow = Row<unsigned char>(cImage, y);
-        for (int x = nLeft; x < nRight; ++x)
-        {
-            ++m_anBins[pRow[x] ^ nFlip];
-        }
+        CountBytes(Row<unsigned char>(cImage, y) + nLeft, nRight - nLeft, anCount);
+    }
+    // Adding 128 to a signed byte is flipping the highest bit of the byte.
+    for (int i = 0; i < nBins; ++i)
+    {
+        m_anBins[i ^ m_nOffset] = std::accumulate(anCount[i], anCount[i] + nCounters, 0u);
     }
 }
 

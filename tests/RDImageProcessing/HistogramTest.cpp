@@ -67,6 +67,28 @@ TEST(Histogram, CountsEverySampleOfARectangle)
     }
 }
 
+TEST(Histogram, CountsRowsOfEveryWidthAndPicturesOfFewValues)
+{
+    for (const int nValues : {1, 2, 256})
+    {
+        for (int nWidth = 1; nWidth <= 70; ++nWidth)
+        {
+            ClImage cImage;
+            FillRandom8(cImage, nWidth, 5, static_cast<unsigned int>(nWidth));
+            Counts_t aExpected(256, 0);
+            for (int i = 0; i < 5 * nWidth; ++i)
+            {
+                const int nValue = SampleAt<unsigned char>(cImage, i % nWidth, i / nWidth) % nValues + (256 - nValues);
+                SetSample(cImage, i % nWidth, i / nWidth, 0, static_cast<unsigned char>(nValue));
+                ++aExpected[static_cast<std::size_t>(nValue)];
+            }
+            ClHistogram cHistogram;
+            cHistogram.Create(cImage);
+            EXPECT_EQ(aExpected, Bins(cHistogram)) << nValues << " values, width " << nWidth;
+        }
+    }
+}
+
 TEST(Histogram, SmallestSignedByteCountsInBinZero)
 {
     ClImage cImage;
