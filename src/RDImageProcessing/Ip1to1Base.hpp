@@ -1,8 +1,12 @@
 #pragma once
 
+#include "RDImageProcessing/ByteMap.hpp"
 #include "RDImageProcessing/ImageDataTypeCheck.hpp"
 #include "RDTools/FpImage.hpp"
 #include "RDTools/ProcessorBase.hpp"
+
+#include <cstddef>
+#include <type_traits>
 
 class ClParameter;
 
@@ -75,19 +79,39 @@ public:
     bool m_bUseLUT = true;
 };
 
+/// fn(input samples, output samples, number) for every row; once for all rows where none has padding.
+template <class TIn, class TOut, class Fn> void ForEachRowPair(const ClImage& cIn, ClImage& cOut, Fn&& fn)
+{
+    const std::ptrdiff_t nSamples = cIn.SamplesPerRow();
+    const bool bOneBlock = cIn.Stride() == nSamples * static_cast<std::ptrdiff_t>(sizeof(TIn)) &&
+                           cOut.Stride() == nSamples * static_cast<std::ptrdiff_t>(sizeof(TOut));
+    if (bOneBlock && nSamples > 0 && cIn.m_nHeight > 0)
+    {
+        fn(Row<TIn>(cIn, 0), Row<TOut>(cOut, 0), nSamples * cIn.m_nHeight);
+        return;
+    }
+    for (int y = 0; y < cIn.m_nHeight; ++y)
+    {
+        fn(Row<TIn>(cIn, y), Row<TOut>(cOut, y), nSamples);
+    }
+}
+
 /// out = aTable[in] for every sample of an 8-bit image, all planes alike; padding is neither read nor written.
 template <class TOut> void MapThroughTable(const ClImage& cIn, ClImage& cOut, const TOut* pTable)
 {
-    const int nSamples = cIn.SamplesPerRow();
-    for (int y = 0; y < cIn.m_nHeight; ++y)
-    {
-        const unsigned char* pIn = Row<unsigned char>(cIn, y);
-        TOut* pOut = Row<TOut>(cOut, y);
-        for (int x = 0; x < nSamples; ++x)
-        {
-            pOut[x] = pTable[pIn[x]];
-        }
-    }
+    ForEachRowPair<unsigned char, TOut>(cIn, cOut,
+                                        [pTable](const unsigned char* pIn, TOut* pOut, std::ptrdiff_t nSamples)
+                                        {
+                                            if constexpr (std::is_same_v<TOut, unsigned char>)
+                                            {
+                                                ByteMaps().pThroughTable(pIn, pOut, nSamples, pTable);
+                                                return;
+                                            }
+                                            for (std::ptrdiff_t x = 0; x < nSamples; ++x)
+                                            {
+                                                pOut[x] = pTable[pIn[x]];
+                                            }
+                                        });
 }
 
 /// Adds "pInImage" (write only) and "pOutImage" (read only).

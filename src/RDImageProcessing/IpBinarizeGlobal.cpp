@@ -44,18 +44,46 @@ template <class T> T SampleThreshold(double dThreshold)
     }
 }
 
+/// fn(sample) for every sample. In place the loop has one pointer, so that the compiler sees that samples are
+/// independent of one another.
+template <class T, class Fn> void MapSamples(const ClImage& cIn, ClImage& cOut, Fn&& fn)
+{
+    ForEachRowPair<T, T>(cIn, cOut,
+                         [&](const T* pIn, T* pOut, std::ptrdiff_t nSamples)
+                         {
+                             if (pIn == pOut)
+                             {
+                                 std::transform(pOut, pOut + nSamples, pOut, fn);
+                             }
+                             else
+                             {
+                                 std::transform(pIn, pIn + nSamples, pOut, fn);
+                             }
+                         });
+}
+
 template <class T> void ThresholdRows(const ClImage& cIn, ClImage& cOut, T tThreshold, T tBlack, T tWhite)
 {
-    const int nSamples = cIn.SamplesPerRow();
-    for (int y = 0; y < cIn.m_nHeight; ++y)
+    MapSamples<T>(cIn, cOut, [=](T tSample) { return tSample < tThreshold ? tBlack : tWhite; });
+}
+
+/// Through a table, without looking anything up where it holds one value first and then another one.
+void MapThroughSteps(const ClImage& cIn, ClImage& cOut, const unsigned char* pTable)
+{
+    const unsigned char* const pEnd = pTable + nTableSize;
+    const unsigned char nFirst = pTable[0];
+    const unsigned char nLast = pEnd[-1];
+    const unsigned char* const pStep = std::find_if(pTable, pEnd, [=](unsigned char n) { return n != nFirst; });
+    if (std::any_of(pStep, pEnd, [=](unsigned char n) { return n != nLast; }))
     {
-        const T* pIn = Row<T>(cIn, y);
-        T* pOut = Row<T>(cOut, y);
-        for (int x = 0; x < nSamples; ++x)
-        {
-            pOut[x] = pIn[x] < tThreshold ? tBlack : tWhite;
-        }
+        MapThroughTable(cIn, cOut, pTable);
+        return;
     }
+    const unsigned char nLastOfFirst = static_cast<unsigned char>(pStep - pTable - 1);
+    ForEachRowPair<unsigned char, unsigned char>(
+        cIn, cOut,
+        [=](const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t nSamples)
+        { ByteMaps().pStep(pIn, pOut, nSamples, nLastOfFirst, nFirst, nLast); });
 }
 } // namespace
 
@@ -152,7 +180,7 @@ long ClIpBinarizeGlobal::DoProcess(ClImage& cIn, ClImage& cOut)
         {
             aTable[i] = CastSample<unsigned char>(GetValue(cIn, cOut, static_cast<double>(i)));
         }
-        MapThroughTable(cIn, cOut, aTable.m_pData);
+        MapThroughSteps(cIn, cOut, aTable.m_pData);
         return FPC_SUCCESS;
     }
     return DispatchSampleType(cIn.m_eDataType, FPC_ERROR_INTERNAL,

@@ -5,6 +5,7 @@
 #include "TestTools.hpp"
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <type_traits>
@@ -95,6 +96,68 @@ TEST(IpBinarizeGlobal, BinarizesEveryTypeAtAGivenThreshold)
                            EXPECT_TRUE(SamePixels(cExpected, cInPlace));
                            EXPECT_TRUE(SameDescription(cIn, cInPlace));
                        });
+}
+
+TEST(IpBinarizeGlobal, BinarizesRowsOfEveryWidthWithAndWithoutPadding)
+{
+    for (const unsigned char eType : aEveryType)
+    {
+        for (int nWidth = 1; nWidth <= 70; ++nWidth)
+        {
+            SCOPED_TRACE("type " + std::to_string(eType) + ", " + std::to_string(nWidth) + " columns");
+            DispatchSampleType(eType, 0,
+                               [&](auto cTag)
+                               {
+                                   using T = typename decltype(cTag)::Type;
+                                   ClImage cIn;
+                                   cIn.NewWithType(eType, nWidth, 3, 1, 0, 0);
+                                   FillRandom(cIn, static_cast<unsigned int>(nWidth));
+                                   const double dThreshold = cIn.m_dBlack + (cIn.m_dWhite - cIn.m_dBlack) * 0.4;
+                                   ClImage cExpected;
+                                   BinarizeByDefinition<T>(cIn, dThreshold, cIn.m_dBlack, cIn.m_dWhite, cExpected);
+                                   ClImage cOut;
+                                   EXPECT_EQ(0, ClIpBinarizeGlobal().ApplyParam(cIn, cOut, dThreshold));
+                                   EXPECT_TRUE(SamePixels(cExpected, cOut));
+                                   EXPECT_EQ(0, ClIpBinarizeGlobal().ApplyParam(cIn, cIn, dThreshold));
+                                   EXPECT_TRUE(SamePixels(cExpected, cIn));
+                                   return 0L;
+                               });
+        }
+    }
+}
+
+TEST(IpBinarizeGlobal, PaddingIsLeftAlone)
+{
+    ClImage cImage(5, 3, 1, 0, 0);
+    std::memset(cImage.Data(), 77, 8 * 3);
+    ASSERT_EQ(0, ClIpBinarizeGlobal().ApplyParam(cImage, cImage, 50.0));
+    for (int i = 0; i < 8 * 3; ++i)
+    {
+        EXPECT_EQ(i % 8 < 5 ? 255 : 77, cImage.Data()[i]);
+    }
+}
+
+TEST(IpBinarizeGlobal, EveryThresholdOfAnEightBitImageDividesAllItsValues)
+{
+    ClImage cIn(256, 1, 1, 0, 0);
+    for (int x = 0; x < 256; ++x)
+    {
+        SetSample(cIn, x, 0, 0, static_cast<unsigned char>(x));
+    }
+    for (int nTwice = 0; nTwice <= 510; ++nTwice)
+    {
+        for (const double dWhite : {255.0, 30.0, 7.0})
+        {
+            ClImage cExpected;
+            BinarizeByDefinition<unsigned char>(cIn, nTwice / 2.0, 30.0, dWhite, cExpected);
+            ClImage cOut;
+            ClIpBinarizeGlobal cBinarize;
+            cBinarize.m_dBlack = 30.0;
+            cBinarize.m_dWhite = dWhite;
+            ASSERT_EQ(0, cBinarize.ApplyParam(cIn, cOut, nTwice / 2.0));
+            EXPECT_TRUE(SamePixels(cExpected, cOut)) << nTwice / 2.0;
+        }
+    }
 }
 
 TEST(IpBinarizeGlobal, WithoutAThresholdTheMiddleOfTheRangeCounts)
@@ -292,6 +355,26 @@ TEST(IpBinarizeGlobal, EightBitGoesThroughTheVirtualValue)
     for (int x = 0; x < 7; ++x)
     {
         EXPECT_EQ((555 - SampleAt<unsigned char>(cIn, x, 4)) % 256, SampleAt<unsigned char>(cOut, x, 4));
+    }
+}
+
+TEST(IpBinarizeGlobal, ADerivedClassMayHaveMoreThanTwoValues)
+{
+    class ClBand : public ClIpBinarizeGlobal
+    {
+    public:
+        double GetValue(ClImage&, ClImage&, double dValue) override { return dValue >= 90.0 && dValue < 91.0 ? 5 : 9; }
+    };
+    ClImage cIn;
+    FillRandom8(cIn, 67, 53, 1);
+    ClImage cOut;
+    ASSERT_EQ(0, ClBand().ApplyParam(cIn, cOut, 1.0));
+    for (int y = 0; y < 53; ++y)
+    {
+        for (int x = 0; x < 67; ++x)
+        {
+            EXPECT_EQ(SampleAt<unsigned char>(cIn, x, y) == 90 ? 5 : 9, SampleAt<unsigned char>(cOut, x, y));
+        }
     }
 }
 

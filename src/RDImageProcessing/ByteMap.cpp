@@ -1,0 +1,111 @@
+#include "RDImageProcessing/ByteMap.hpp"
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+namespace
+{
+void ThroughTable(const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t nBytes, const unsigned char* pTable)
+{
+    constexpr int nBlock = 8; // read before any of them is written, so that the reads need not wait for the writes
+    std::ptrdiff_t x = 0;
+    for (; x + nBlock <= nBytes; x += nBlock)
+    {
+        unsigned char anOut[nBlock];
+        for (int i = 0; i < nBlock; ++i)
+        {
+            anOut[i] = pTable[pIn[x + i]];
+        }
+        for (int i = 0; i < nBlock; ++i)
+        {
+            pOut[x + i] = anOut[i];
+        }
+    }
+    for (; x < nBytes; ++x)
+    {
+        pOut[x] = pTable[pIn[x]];
+    }
+}
+
+/// In place the loop has one pointer, so that the compiler sees that bytes are independent of one another.
+__attribute__((always_inline)) inline void StepLoop(const unsigned char* pIn, unsigned char* pOut,
+                                                    std::ptrdiff_t nBytes, unsigned char nLastLow, unsigned char nLow,
+                                                    unsigned char nHigh)
+{
+    const unsigned char nFlip = nLow ^ nHigh;
+    const auto map = [=](unsigned char n) -> unsigned char
+    { return static_cast<unsigned char>(nHigh ^ (n <= nLastLow ? nFlip : 0)); };
+    if (pIn == pOut)
+    {
+        for (std::ptrdiff_t x = 0; x < nBytes; ++x)
+        {
+            pOut[x] = map(pOut[x]);
+        }
+        return;
+    }
+    for (std::ptrdiff_t x = 0; x < nBytes; ++x)
+    {
+        pOut[x] = map(pIn[x]);
+    }
+}
+
+void Step(const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t nBytes, unsigned char nLastLow,
+          unsigned char nLow, unsigned char nHigh)
+{
+    StepLoop(pIn, pOut, nBytes, nLastLow, nLow, nHigh);
+}
+
+#if defined(__x86_64__)
+__attribute__((target("avx2"))) void StepAvx2(const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t nBytes,
+                                              unsigned char nLastLow, unsigned char nLow, unsigned char nHigh)
+{
+    StepLoop(pIn, pOut, nBytes, nLastLow, nLow, nHigh);
+}
+
+/// Two instructions look 64 bytes up, one in each half of the table; the highest bit of a byte chooses between them.
+__attribute__((target("avx512f,avx512bw,avx512vbmi"))) void
+ThroughTableVbmi(const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t nBytes, const unsigned char* pTable)
+{
+    const __m512i c0 = _mm512_loadu_si512(pTable);
+    const __m512i c1 = _mm512_loadu_si512(pTable + 64);
+    const __m512i c2 = _mm512_loadu_si512(pTable + 128);
+    const __m512i c3 = _mm512_loadu_si512(pTable + 192);
+    for (std::ptrdiff_t x = 0; x < nBytes; x += 64)
+    {
+        const __mmask64 nMask = nBytes - x >= 64 ? ~__mmask64(0) : (__mmask64(1) << (nBytes - x)) - 1;
+        const __m512i cIn = _mm512_maskz_loadu_epi8(nMask, pIn + x);
+        const __m512i cLow = _mm512_permutex2var_epi8(c0, cIn, c1);
+        const __m512i cHigh = _mm512_permutex2var_epi8(c2, cIn, c3);
+        _mm512_mask_storeu_epi8(pOut + x, nMask, _mm512_mask_blend_epi8(_mm512_movepi8_mask(cIn), cLow, cHigh));
+    }
+}
+
+StByteMaps Fastest()
+{
+    StByteMaps cMaps = g_cByteMapsAnywhere;
+    if (__builtin_cpu_supports("avx2"))
+    {
+        cMaps.pStep = StepAvx2;
+    }
+    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi"))
+    {
+        cMaps.pThroughTable = ThroughTableVbmi;
+    }
+    return cMaps;
+}
+#else
+StByteMaps Fastest()
+{
+    return g_cByteMapsAnywhere;
+}
+#endif
+} // namespace
+
+const StByteMaps g_cByteMapsAnywhere = {ThroughTable, Step};
+
+const StByteMaps& ByteMaps()
+{
+    static const StByteMaps cMaps = Fastest();
+    return cMaps;
+}
