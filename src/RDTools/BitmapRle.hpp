@@ -9,9 +9,8 @@
 /// Runs       A count above 0: the value that many times. At the end of a line a run goes on at the next.
 /// Marks      A count of 0 and the value 0: end of line; 1: end of bitmap; 2: a delta, two more bytes to the right and
 ///            downward in the order of the file.
-/// Absolute   A count of 0 and a value from 3: the bytes that follow are taken one by one until the rows are full.
-/// Their
-///            number has never ended them, so a file with them does not load.
+/// Absolute   A count of 0 and a value from 3: bytes are taken one by one until the rows are full. Their number has
+///            never ended them, so a file with them does not load.
 /// End        The end-of-bitmap mark, or an end of line behind the last.
 /// Errors     A run, delta or absolute byte behind the last line: ClException -38, as for more than 65536 deltas that
 ///            move nothing, which an endless stream could bring forever. The stream's own: -201 if its m_bCheckShort is

@@ -2,6 +2,7 @@
 
 #include "FailingHeap.hpp"
 #include "MemoryStream.hpp"
+#include "RDTools/BitmapChecks.hpp"
 #include "RDTools/BmpFiles.hpp"
 #include "TempFolder.hpp"
 #include "TestTools.hpp"
@@ -25,20 +26,6 @@ Bytes_t StoredBytes(const ClBitmap& cBitmap)
     ClMemoryStream cStream;
     cBitmap.Store(cStream);
     return cStream.m_aBytes;
-}
-
-Bytes_t Packed(const ClBitmap& cBitmap, std::size_t nSize)
-{
-    Bytes_t aBytes(nSize);
-    cBitmap.CopyTo(aBytes.data());
-    return aBytes;
-}
-
-void ExpectEmpty(const ClBitmap& cBitmap)
-{
-    EXPECT_EQ(nullptr, cBitmap.m_pBIH.get());
-    EXPECT_EQ(nullptr, cBitmap.m_pPalette);
-    EXPECT_EQ(nullptr, cBitmap.m_pPixels.get());
 }
 
 /// Runs fn(picture) for all depths, both table lengths and several widths.

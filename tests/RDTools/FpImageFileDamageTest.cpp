@@ -5,6 +5,9 @@
 #include "RDTools/KrxRecords.hpp"
 #include "TestTools.hpp"
 
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <string>
 
@@ -77,6 +80,22 @@ TEST(FpImageFileDamage, ShortWriteIsAFailureIfTheStreamSaysSo)
     }
 }
 
+/// Bytes of the samples as the record's header says, in network order; without wrapping.
+double HonestBytes(const Bytes& aBytes)
+{
+    const auto longAt = [&aBytes](std::size_t nAt)
+    {
+        std::uint32_t nValue = 0;
+        for (std::size_t i = nAt; i < nAt + 4; ++i)
+        {
+            nValue = nValue << 8 | aBytes[i];
+        }
+        return static_cast<double>(static_cast<std::int32_t>(nValue));
+    };
+    const double dRow = longAt(9) * longAt(17) * (aBytes[8] & 31) + 4;
+    return std::fabs(dRow * longAt(13)) + 8;
+}
+
 /// Loads whatever the bytes are: an image that can be read to its last byte, or one of the failures of the format.
 void LoadAnything(const Bytes& aBytes, bool bSeekable, bool bCheckShort)
 {
@@ -88,6 +107,8 @@ void LoadAnything(const Bytes& aBytes, bool bSeekable, bool bCheckShort)
     {
         const ClLimitedHeap cHeap(nLargest);
         cImage.Load(cStream);
+        EXPECT_TRUE(cImage.Data() == nullptr ||
+                    static_cast<double>(ClLimitedHeap::Greatest()) <= 2 * HonestBytes(aBytes));
     }
     catch (const ClExBadAlloc& cRaised)
     {
