@@ -16,7 +16,7 @@ case ${1:-} in
 esac
 cd "$repository"
 folders=()
-for folder in src include tests tools examples bench; do
+for folder in src include tests tools examples bench fuzz; do
     [ -d "$folder" ] && folders+=("$folder")
 done
 find "${folders[@]}" \( -name '*.cpp' -o -name '*.hpp' -o -name '*.c' -o -name '*.h' \) -print0 |

@@ -83,9 +83,10 @@ public:
 template <class TIn, class TOut, class Fn> void ForEachRowPair(const ClImage& cIn, ClImage& cOut, Fn&& fn)
 {
     const std::ptrdiff_t nSamples = cIn.SamplesPerRow();
+    if (nSamples < 1) return; // rows without samples can be two thousand million
     const bool bOneBlock = cIn.Stride() == nSamples * static_cast<std::ptrdiff_t>(sizeof(TIn)) &&
                            cOut.Stride() == nSamples * static_cast<std::ptrdiff_t>(sizeof(TOut));
-    if (bOneBlock && nSamples > 0 && cIn.m_nHeight > 0)
+    if (bOneBlock && cIn.m_nHeight > 0)
     {
         fn(Row<TIn>(cIn, 0), Row<TOut>(cOut, 0), nSamples * cIn.m_nHeight);
         return;

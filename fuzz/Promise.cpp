@@ -1,0 +1,10 @@
+#include "ByteSource.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+
+void FailPromise(const char* szWhat)
+{
+    std::fprintf(stderr, "broken promise: %s\n", szWhat);
+    std::abort();
+}
