@@ -34,6 +34,8 @@ ClImageRows RowsWithFrames(ClPicture& cPicture, const std::vector<ClFinger>& aFi
 Bytes_t EncodeImage(EImageFormat eFormat, const ClImageRows& cRows, std::uint64_t nFingerprint);
 Bytes_t EncodePng(const ClImageRows& cRows, std::uint64_t nFingerprint);
 Bytes_t EncodeBmp(const ClImageRows& cRows, std::uint64_t nFingerprint);
+/// Grey rows only, for pages: with losses, without resolution and fingerprint. Errors: ClPictureError -221.
+Bytes_t EncodeJpeg(const ClImageRows& cRows);
 
 /// "png" or "bmp".
 const char* EndingOf(EImageFormat eFormat);

@@ -181,6 +181,11 @@ void AddOutputOptions(CLI::App& cApp, ClOptions& cOptions, ClTexts& cTexts)
     cApp.add_flag("--overlay", cOptions.m_bOverlay,
                   "Write each picture with frames around its fingers into DIR, too, as NAME_overlay.png")
         ->group(szGroup);
+    cApp.add_option("--report", cOptions.m_sReport,
+                    "Write a page of all pictures with their frames and outcomes, to be scrolled through, sorted and "
+                    "filtered in a browser. Until it is whole it is FILE.part")
+        ->option_text("FILE.html")
+        ->group(szGroup);
     cApp.add_flag("--tree", cOptions.m_bTree,
                   "Repeat the inputs' folders below DIR, so that pictures of one name in several folders stay apart")
         ->group(szGroup);
@@ -221,6 +226,8 @@ void CheckTogether(const ClOptions& cOptions)
     Demand(!cOptions.m_cList.m_bNullSeparated || !cOptions.m_cList.m_sListFile.empty(), "--null needs --files-from");
     Demand(!cOptions.m_bResume || !cOptions.m_sOutput.empty(), "--resume needs the file of results, --output FILE");
     Demand(!cOptions.m_bResume || cOptions.m_eRecords != ERecords::eText, "--resume needs --format json or csv");
+    Demand(cOptions.m_sReport.empty() || cOptions.m_sReport != cOptions.m_sOutput,
+           "--report and --output name the same file");
     Demand(!cOptions.m_bOverlay || !cOptions.m_sFolder.empty(), "--overlay needs a folder, -o DIR");
     Demand(!cOptions.m_bTree || !cOptions.m_sFolder.empty(), "--tree needs a folder, -o DIR");
     for (const std::string& sInput : cOptions.m_cList.m_aInputs) Demand(!sInput.empty(), "An empty name is no picture");

@@ -7,6 +7,7 @@
 #include "Options.hpp"
 #include "Progress.hpp"
 #include "Records.hpp"
+#include "Report.hpp"
 #include "ResultFile.hpp"
 #include "Resume.hpp"
 #include "Stop.hpp"
@@ -54,6 +55,8 @@ public:
         : m_cOptions(cOptions), m_cMessages(cOptions.m_bQuiet), m_pWriter(ClRecordWriter::Create(cOptions.m_eRecords))
     {
     }
+    ClRun(const ClRun&) = delete;
+    ~ClRun() { m_cReport.Abandon(IsResumable()); } // has no effect on a page that is whole
 
     int Run()
     {
@@ -62,6 +65,7 @@ public:
         const std::uint64_t nTotal =
             m_cMessages.ShowsProgress() ? CountInputs(m_cOptions.m_cList, m_cOptions.m_sFolder) : 0;
         OpenResults();
+        if (!m_cOptions.m_sReport.empty()) m_cReport.Open(m_cOptions.m_sReport, m_cTally.Total());
         m_cMessages.Start(nTotal == 1 ? 0 : nTotal, m_cTally);
         const ClBatchSteps cSteps = {[this](ClInput& cInput) { return m_pList->Next(cInput); },
                                      [this](const ClInput& cInput) { return WorkOn(cInput, m_cOptions); },
@@ -70,6 +74,7 @@ public:
         m_cMessages.End();
         if (const int nSignal = ClStop::Signal()) return Stopped(nSignal);
         m_cOutput.Close();
+        m_cReport.Finish(m_cTally);
         if (m_cTally.Total() != 1) m_cMessages.Tell(m_cTally.Summary());
         return m_cTally.Exit();
     }
@@ -112,6 +117,8 @@ private:
     {
         WriteFiles(m_cOptions, cWork);
         const ClResult& cResult = cWork.m_cResult;
+        // In this order, so that what has a result has everything else, whenever the run ends.
+        if (m_cReport.IsOpen()) m_cReport.Add(ReportCard(cResult, cWork.m_sThumbnailUri));
         m_cOutput.Write(m_pWriter->Record(cResult));
         m_cTally.Add(cResult.m_eOutcome);
         if (cResult.m_eOutcome != EOutcome::eSegmented)
@@ -121,11 +128,12 @@ private:
         m_cMessages.Step(m_cTally);
     }
 
+    bool IsResumable() const { return !m_cOptions.m_sOutput.empty() && m_cOptions.m_eRecords != ERecords::eText; }
+
     int Stopped(int nSignal)
     {
-        const bool bResumable = !m_cOptions.m_sOutput.empty() && m_cOptions.m_eRecords != ERecords::eText;
         m_cMessages.Tell("ended by " + SignalName(nSignal) + " behind " + std::to_string(m_cTally.Total()) +
-                         (bResumable ? " pictures; the same with --resume goes on there" : " pictures"));
+                         (IsResumable() ? " pictures; the same with --resume goes on there" : " pictures"));
         return eExitSignal + nSignal;
     }
 
@@ -134,6 +142,7 @@ private:
     std::unique_ptr<ClRecordWriter> m_pWriter;
     std::unique_ptr<ClInputList> m_pList;
     ClResultFile m_cOutput;
+    ClReport m_cReport;
     ClTally m_cTally;
 };
 } // namespace

@@ -4,6 +4,7 @@
 #include "ImageFile.hpp"
 #include "OutputNames.hpp"
 #include "Segmentation.hpp"
+#include "Thumbnail.hpp"
 
 #include "RDTools/ErrorCatalogue.hpp"
 #include "RDTools/Exception.hpp"
@@ -104,6 +105,10 @@ ClWork WorkOn(const ClInput& cInput, const ClOptions& cOptions)
     }
     Guard(cResult, false, [&] { Segment(cPicture, cOptions.m_bBiggest, cOptions.m_nExpect, cResult, aImages); });
     if (!Guard(cResult, false, [&] { MakeFiles(cOptions, cPicture, aImages, cWork); })) ForgetFiles(cWork);
+    if (!cOptions.m_sReport.empty())
+    {
+        if (!Guard(cResult, false, [&] { cWork.m_sThumbnailUri = ThumbnailUri(cPicture); })) ForgetFiles(cWork);
+    }
     return cWork;
 }
 

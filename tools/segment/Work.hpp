@@ -24,6 +24,7 @@ struct ClWork
     ClResult m_cResult;
     std::uint64_t m_nFingerprint = 0; ///< of the picture's file, see ContentFingerprint
     std::vector<ClMadeFile> m_aFiles; ///< the pictures of the fingers, and the overlay
+    std::string m_sThumbnailUri;      ///< for the report; empty without a picture
 };
 
 /// The road of one picture, apart from all others: reading, segmentation, and what comes of it in memory. For any

@@ -57,14 +57,16 @@ expect_same "the shards do not add up" plain merged
 
 # --- killed again and again
 for format in json csv; do
-    "$program" -q -r slaps --format $format --output undisturbed.$format -o fingers || status=$?
+    status=0
+    "$program" -q -r slaps --format $format --output undisturbed.$format -o fingers --report whole.html || status=$?
     [ "$status" -eq 3 ] || fail "the undisturbed run ends with $status"
     mv fingers "undisturbed-$format"
     signals=(KILL TERM INT KILL)
     for ((kill = 0; kill < kills; ++kill)); do
         rm -f kill-errors
         signal=${signals[kill % 4]}
-        "$program" -q -r slaps --format $format --output killed.$format --resume -o fingers 2>kill-errors &
+        "$program" -q -r slaps --format $format --output killed.$format --resume -o fingers \
+            --report page.html 2>kill-errors &
         id=$!
         sleep "0.0$((RANDOM % 10))"
         kill -s "$signal" $id 2>/dev/null || true
@@ -82,11 +84,13 @@ for format in json csv; do
         head -n "$lines" killed.$format | cmp - <(head -n "$lines" undisturbed.$format) || fail "wrong results"
     done
     status=0
-    "$program" -q -r slaps --format $format --output killed.$format --resume -o fingers || status=$?
+    "$program" -q -r slaps --format $format --output killed.$format --resume -o fingers --report page.html || status=$?
     [ "$status" -eq 3 ] || fail "the last resumed run ends with $status, not as an undisturbed one"
     expect_same "killed runs leave other results" undisturbed.$format killed.$format
     diff -r "undisturbed-$format" fingers || fail "killed runs leave other pictures"
-    rm -r fingers
+    expect_same "killed runs leave another page" whole.html page.html
+    [ ! -e page.html.part ] || fail "a part of the page is left"
+    rm -r fingers page.html
     # Once more there is nothing to do.
     run 3 -r slaps --format $format --output killed.$format --resume
     says "a run of nothing" "$(sed -n '$=' list) pictures: "
@@ -138,6 +142,26 @@ for signal in INT:130 TERM:143 HUP:129; do
     [ "$(wc -l <signal.json)" -eq 5 ] || fail "not five results: $(<signal.json)"
     rm signal.json
 done
+
+# --- a page that cannot be, or is not to be
+run 4 -r slaps --report no/page.html
+says "no folder" "no/page.html"
+run 2 -r slaps --format json --output a.json --report a.json
+run 2 -r slaps --format json --output undisturbed.json --resume --report none.html
+says "no page" "resume without --report"
+[ ! -e none.html.part ] || fail "a refused page leaves something"
+perl -e '$SIG{INT} = "DEFAULT"; exec @ARGV' "$program" -q --files-from slow --report stopped.html >stopped &
+id=$!
+exec 3>slow
+sed -n 1,2p list >&3
+for ((i = 0; i < 500; ++i)); do
+    [ "$(grep -c hand stopped 2>/dev/null)" = 2 ] && break
+    sleep 0.02
+done
+kill -s INT $id
+wait $id || true
+exec 3>&-
+[ -z "$(ls stopped.html* 2>/dev/null)" ] || fail "a page that nothing can go on with is left"
 
 # --- a closed pipe
 status=0
