@@ -110,14 +110,7 @@ public:
     ClGroup(const ClGroup&) = delete;
     ~ClGroup()
     {
-        kill(-m_nProcess,
-             SIGKILL); // what the command left running; its leader is not collected yet, so the group is it
-        if (!m_bCollected)
-        {
-            while (waitpid(m_nProcess, &m_nStatus, 0) < 0 && errno == EINTR)
-            {
-            }
-        }
+        if (!m_bCollected) Collect();
     }
 
     /// Whether the command has ended, without collecting it: its number stays taken.
@@ -130,7 +123,7 @@ public:
 
     int Collect()
     {
-        kill(-m_nProcess, SIGKILL);
+        kill(-m_nProcess, SIGKILL); // what the command left running: its leader keeps the number taken until collected
         while (waitpid(m_nProcess, &m_nStatus, 0) < 0 && errno == EINTR)
         {
         }
@@ -160,6 +153,12 @@ bool ReadSome(int nFile, Bytes_t& aTo)
         if (errno == EAGAIN) return true;
         if (errno != EINTR) return false;
     }
+}
+
+// The end of a complaint tells what went wrong.
+void KeepEnd(Bytes_t& aErrors)
+{
+    if (aErrors.size() > nMostErrorText) aErrors.erase(aErrors.begin(), aErrors.end() - nMostErrorText);
 }
 
 std::string Complaint(const Bytes_t& aErrors)
@@ -217,7 +216,7 @@ Bytes_t Decode(const std::string& sCommand, const std::string& sFile, double dSe
         {
             throw ClPictureError(FPC_ERROR_READ_FAIL, "the decoder writes more than any picture has");
         }
-        if (aErrors.size() > nMostErrorText) aErrors.erase(aErrors.begin(), aErrors.end() - nMostErrorText);
+        KeepEnd(aErrors);
         if (bOpen && cGroup.HasEnded())
         {
             // Something that the command started holds the output open. What it has written is there now.
@@ -229,7 +228,11 @@ Bytes_t Decode(const std::string& sCommand, const std::string& sFile, double dSe
             bOpen = false;
         }
     }
-    if (cErrors.m_nRead >= 0) ReadSome(cErrors.m_nRead, aErrors);
+    for (pollfd cRest = {cErrors.m_nRead, POLLIN, 0}; cErrors.m_nRead >= 0 && poll(&cRest, 1, 0) > 0;)
+    {
+        if (!ReadSome(cErrors.m_nRead, aErrors)) break;
+        KeepEnd(aErrors);
+    }
 
     const int nStatus = cGroup.Collect();
     if (WIFSIGNALED(nStatus))
