@@ -95,6 +95,31 @@ void ClIpCut::CheckRectangle(const ClImage& cIn) const
             __LINE__);
 }
 
+bool ClIpCut::IsInside(const ClImage& cIn) const
+{
+    return m_nX0 >= 0 && m_nX0 < cIn.m_nWidth && m_nDestWidth > 0 && m_nDestWidth <= cIn.m_nWidth - m_nX0 &&
+           m_nY0 >= 0 && m_nY0 < cIn.m_nHeight && m_nDestHeight > 0 && m_nDestHeight <= cIn.m_nHeight - m_nY0;
+}
+
+/// The frame would make a block of the input's size, which only a cut of that size fills. Without it the output loses
+/// the block that it had, as it would there.
+void ClIpCut::AllocateOutImage(ClImage& cOut)
+{
+    const ClImage& cIn = *m_pInImage;
+    const int nRowBytes =
+        ClImage::RowBytes(cIn.m_nPlanes, static_cast<int>(m_nDestWidth), ClImage::SampleSize(cIn.m_eDataType));
+    if (!IsInside(cIn) || (nRowBytes == cIn.Stride() && m_nDestHeight == cIn.m_nHeight))
+    {
+        NewIpBase::ClIp1to1Base::AllocateOutImage(cOut);
+        return;
+    }
+    if (&cOut != &cIn)
+    {
+        cOut.Initialize();
+        cOut.m_nAttribute = cIn.m_nAttribute;
+    }
+}
+
 long ClIpCut::DoProcess(ClImage& cIn, ClImage& cOut)
 {
     CheckRectangle(cIn);

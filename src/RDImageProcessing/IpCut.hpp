@@ -23,6 +23,7 @@ public:
     void QueryParameters(ClParameterInterface& cInterface) override;
     ClProcessorBase* Create() override;
     const char* Name() const override;
+    void AllocateOutImage(ClImage& cOut) override; ///< where it may, leaves the making of the output to DoProcess
     long DoProcess(ClImage& cIn, ClImage& cOut) override;
 
     long m_nX0 = 0;         ///< first column
@@ -31,5 +32,6 @@ public:
     long m_nDestHeight = 0; ///< rows
 
 private:
+    bool IsInside(const ClImage& cIn) const;
     void CheckRectangle(const ClImage& cIn) const;
 };

@@ -1,5 +1,6 @@
 #include "RDImageProcessing/IpCut.hpp"
 
+#include "FailingHeap.hpp"
 #include "RDTools/ParameterContainer.hpp"
 #include "SampleAccess.hpp"
 #include "TestTools.hpp"
@@ -221,4 +222,48 @@ TEST(IpCut, ImagesThatBorrowTheSameMemoryAreCutRowByRow)
     cOut.Attach(acPixel, ClImage::eUInt8, 8, 6, 1, 0, 0);
     ASSERT_EQ(0, ClIpCut().ApplyParam(cIn, 2, 0, 5, 6, cOut));
     EXPECT_TRUE(SamePixels(cExpected, cOut));
+}
+
+TEST(IpCut, AsksForNoMoreMemoryThanTheRectangleTakes)
+{
+    ClImage cIn;
+    FillRandom8(cIn, 400, 300, 6);
+    ClImage cExpected;
+    CutByDefinition<unsigned char>(cIn, 100, 50, 40, 30, cExpected);
+    ClImage cOut;
+    std::size_t nGreatest = 0;
+    {
+        const ClLimitedHeap cHeap(400 * 300);
+        ASSERT_EQ(0, ClIpCut().ApplyParam(cIn, 100, 50, 40, 30, cOut));
+        nGreatest = ClLimitedHeap::Greatest();
+    }
+    EXPECT_TRUE(SamePixels(cExpected, cOut));
+    EXPECT_LE(nGreatest, 40u * 30u + 8u);
+}
+
+TEST(IpCut, KeepsTheOutputsBlockOnlyWhereItHasTheSizeOfInputAndCut)
+{
+    for (const int nWidth : {5, 6, 7, 8}) // rows of 8 bytes all
+    {
+        unsigned char acPixel[24] = {};
+        ClImage cIn;
+        FillRandom8(cIn, 8, 3, 1);
+        ClImage cOut;
+        cOut.Attach(acPixel, ClImage::eUInt8, 7, 3, 1, 0, 0);
+        ASSERT_EQ(0, ClIpCut().ApplyParam(cIn, 8 - nWidth, 0, nWidth, 3, cOut));
+        EXPECT_EQ(acPixel, cOut.Data());
+        EXPECT_EQ(SampleAt<unsigned char>(cIn, 7, 2), acPixel[16 + nWidth - 1]);
+        cOut.Attach(acPixel, ClImage::eUInt8, 4, 3, 1, 0, 0);
+        ASSERT_EQ(0, ClIpCut().ApplyParam(cIn, 0, 0, 4, 3, cOut));
+        EXPECT_NE(acPixel, cOut.Data());
+    }
+}
+
+TEST(IpCut, ACutThatIsRefusedLeavesAnOutputOfTheInputsSize)
+{
+    ClImage cIn;
+    FillRandom8(cIn, 8, 3, 1);
+    ClImage cOut;
+    EXPECT_RAISES_CODE(ClIpCut().ApplyParam(cIn, 7, 0, 2, 3, cOut), -35);
+    EXPECT_TRUE(SameDescription(cIn, cOut));
 }
