@@ -57,6 +57,7 @@ long ClIpCutBiggestComponent::FindBiggest(ClImage& cIn, ClImage& cBinary)
     ClIpConnectedComponent2 cMeasure;
     cMeasure.pInImage = &cBinary;
     cMeasure.m_pComponents = &aComponents;
+    cMeasure.m_bMomentsOnDemand = true; // area and extent are enough
     cMeasure.Apply();
     if (aComponents.Entries() == 0)
     {
