@@ -1,5 +1,6 @@
 #include "RDAfisTools/IpFourPrintSegmentation.hpp"
 
+#include "RDImageProcessing/ByteRuns.hpp"
 #include "RDImageProcessing/IpBinarizeAutoThreshold.hpp"
 #include "RDImageProcessing/IpBinarizeGlobal.hpp"
 #include "RDImageProcessing/IpCut.hpp"
@@ -9,7 +10,7 @@
 #include "RDTools/SampleCast.hpp"
 
 #include <algorithm>
-#include <cstdlib>
+#include <cmath>
 #include <utility>
 
 // Each finger alone, in its cut-out at input resolution: found, trimmed to its extent, cut off below its narrowest
@@ -104,20 +105,21 @@ StArea ExpectedArea(const StFinger& cFinger)
     return c;
 }
 
-/// First part whose box strictly contains the middle of the expected area, or null.
-const Component* PartAt(const Components& aParts, const StArea& cArea)
+/// First part whose box strictly contains the middle of the expected area; the number of parts if there is none.
+unsigned long PartAt(const Components& aParts, const StArea& cArea)
 {
     const int nX = cArea.nX0 + (cArea.nX1 - cArea.nX0) / 2;
     const int nY = cArea.nY0 + (cArea.nY1 - cArea.nY0) / 2;
-    for (unsigned long k = 0; k < aParts.Entries(); ++k)
+    unsigned long k = 0;
+    for (; k < aParts.Entries(); ++k)
     {
         const Component& c = aParts[k];
         if (c.m_cMin.m_dX < nX && nX < c.m_cMax.m_dX && c.m_cMin.m_dY < nY && nY < c.m_cMax.m_dY)
         {
-            return &c;
+            break;
         }
     }
-    return nullptr;
+    return k;
 }
 
 int TouchedEdges(const Component& cPart, const StArea& cArea, const ClImage& cBinary)
@@ -127,12 +129,9 @@ int TouchedEdges(const Component& cPart, const StArea& cArea, const ClImage& cBi
            (cPart.m_cMax.m_dX == cBinary.m_nWidth - 1 ? 1 : 0) + (cPart.m_cMax.m_dY == cBinary.m_nHeight - 1 ? 1 : 0);
 }
 
-/// The cut-out, smoothed, as a binary image; the threshold is found from it unless the finger is repeated.
-void Threshold(StOperators& cOperators, StFinger& cFinger, ClImage& cBinary)
+/// The smoothed cut-out as a binary image; the threshold is found from it unless the finger is repeated.
+void Threshold(StOperators& cOperators, StFinger& cFinger, ClImage& cFiltered, ClImage& cBinary)
 {
-    ClImage cFiltered;
-    cOperators.cSmooth.ApplyParam(cFinger.cCut, cFiltered, nSmoothWidth);
-    ClIpGammaCorrection().ApplyParam(cFiltered, dGamma);
     if (cFinger.nRetryThreshold != 0)
     {
         cOperators.cBinarize.ApplyParam(cFiltered, cBinary, cFinger.nRetryThreshold);
@@ -142,6 +141,47 @@ void Threshold(StOperators& cOperators, StFinger& cFinger, ClImage& cBinary)
     cOperators.cAutoThreshold.ApplyParam(cFiltered, cBinary, ClIpBinarizeAutoThreshold::ModeFuzzyEntropy);
     const int nFound = cOperators.cAutoThreshold.m_nThreshold;
     cFinger.nThreshold = nFound == 0 ? -1 : nFound;
+}
+
+/// The part of the cut-out that is the finger. False if there is none. A part that runs off two edges holds more than
+/// the finger, unless it is nearly round: then the same smoothed cut-out is divided again, at a lower threshold.
+bool FindPart(StOperators& cOperators, StFinger& cFinger, Component& cPart)
+{
+    ClImage cFiltered;
+    cOperators.cSmooth.ApplyParam(cFinger.cCut, cFiltered, nSmoothWidth);
+    ClIpGammaCorrection().ApplyParam(cFiltered, dGamma);
+    const StArea cArea = ExpectedArea(cFinger);
+    for (;;)
+    {
+        ClImage cBinary;
+        Components aParts;
+        Threshold(cOperators, cFinger, cFiltered, cBinary);
+        ClIpConnectedComponent2 cObjects;
+        cObjects.pInImage = &cBinary;
+        cObjects.m_pComponents = &aParts;
+        cObjects.m_bMomentsOnDemand = true;
+        cObjects.Apply();
+        const unsigned long nPart = PartAt(aParts, cArea);
+        if (nPart == aParts.Entries())
+        {
+            return false;
+        }
+        if (TouchedEdges(aParts[nPart], cArea, cBinary) >= 2)
+        {
+            cObjects.MeasureMoments(nPart);
+            if (aParts[nPart].m_dEccentricity >= dRound)
+            {
+                if (cFinger.nThreshold < nLowestRepeatable)
+                {
+                    return false;
+                }
+                cFinger.nRetryThreshold = cFinger.nThreshold - nThresholdStep;
+                continue;
+            }
+        }
+        cPart = aParts[nPart];
+        return true;
+    }
 }
 
 /// The cut-out trimmed to the part, with room around it.
@@ -165,6 +205,13 @@ bool HoldsCenter(const Object& cObject, const ClImage& cImage)
     return cObject.nMinX < nX && nX < cObject.nMaxX && cObject.nMinY < nY && nY < cObject.nMaxY;
 }
 
+/// The finger's image, smoothed and divided at the threshold in force.
+long BinarizeSmoothed(StOperators& cOperators, const StFinger& cFinger, ClImage& cBinary)
+{
+    cOperators.cSmooth.ApplyParam(cFinger.cImage, cBinary, nSmoothWidth);
+    return cOperators.cBinarize.ApplyParam(cBinary, cBinary, cFinger.nThreshold);
+}
+
 /// Numbers the black objects of cBinary; the numbers go to cLabels, or into cBinary itself if there is none.
 const Objects& LabelObjects(StOperators& cOperators, ClImage& cBinary, ClImage* pLabels)
 {
@@ -175,16 +222,13 @@ const Objects& LabelObjects(StOperators& cOperators, ClImage& cBinary, ClImage* 
 }
 
 /// Paints white whatever does not bear the label.
-void KeepOnlyLabel(ClImage& cTest, const ClImage& cLabels, unsigned long nLabel)
+void KeepOnlyLabel(ClImage& cTest, const ClImage& cLabels, unsigned char nLabel)
 {
     for (int y = 0; y < cTest.m_nHeight; ++y)
     {
         unsigned char* pTest = Row<unsigned char>(cTest, y);
-        const unsigned char* pLabel = Row<unsigned char>(cLabels, y);
-        for (int x = 0; x < cTest.m_nWidth; ++x)
-        {
-            pTest[x] = pLabel[x] == nLabel ? pTest[x] : nWhite;
-        }
+        std::transform(pTest, pTest + cTest.m_nWidth, Row<unsigned char>(cLabels, y), pTest,
+                       [nLabel](unsigned char nTest, unsigned char n) { return n == nLabel ? nTest : nWhite; });
     }
 }
 
@@ -195,6 +239,7 @@ bool IsFirstRowWhite(const ClImage& cTest)
 }
 
 /// The narrowest place in the lower half of an object: the pair of a left and a right border pixel that stand nearest.
+/// Of equal pairs the one with the lowest left pixel, then with the lowest right one.
 class ClNeckSearch
 {
 public:
@@ -203,23 +248,36 @@ public:
     void Search(const Object& cObject)
     {
         const long nEnd = cObject.nMaxY - (cObject.nMaxY - cObject.nMinY) / 2;
-        const unsigned long nRows = static_cast<unsigned long>(std::max(nEnd - cObject.nMinY, 0L));
-        TpArrayStatic<long> anLeft(nRows);
-        TpArrayStatic<long> anRight(nRows);
-        for (unsigned long k = 0; k < nRows; ++k)
+        const long nRows = std::max(nEnd - cObject.nMinY, 0L);
+        TpArrayStatic<long> anLeft(static_cast<unsigned long>(nRows));
+        TpArrayStatic<long> anRight(static_cast<unsigned long>(nRows));
+        long nRightFrom = cObject.nMaxX; // between these two lie all right borders
+        long nRightTo = cObject.nMinX;
+        for (long k = 0; k < nRows; ++k)
         {
-            const int y = static_cast<int>(cObject.nMinY) + static_cast<int>(k);
-            anLeft[k] = LeftBorder(cObject, y);
-            anRight[k] = RightBorder(cObject, y);
-        }
-        for (unsigned long k = 0; k < nRows; ++k)
-        {
-            for (unsigned long k2 = 0; anLeft[k] < cObject.nMaxX && k2 < nRows; ++k2)
+            const unsigned char* pRow = ::Row<unsigned char>(m_cTest, static_cast<int>(cObject.nMinY + k));
+            anLeft.m_pData[k] = LeftBorder(cObject, pRow);
+            anRight.m_pData[k] = RightBorder(cObject, pRow);
+            if (anRight.m_pData[k] > cObject.nMinX)
             {
-                if (anRight[k2] > cObject.nMinX)
+                nRightFrom = std::min(nRightFrom, anRight.m_pData[k]);
+                nRightTo = std::max(nRightTo, anRight.m_pData[k]);
+            }
+        }
+        for (long k = 0; k < nRows; ++k)
+        {
+            const long nLeft = anLeft.m_pData[k];
+            if (nLeft >= cObject.nMaxX)
+            {
+                continue;
+            }
+            const long nReach = Reach(std::max({nRightFrom - nLeft, nLeft - nRightTo, 0L}));
+            const long nLast = std::min(k + nReach, nRows - 1);
+            for (long k2 = std::max(k - nReach, 0L); k2 <= nLast; ++k2)
+            {
+                if (anRight.m_pData[k2] > cObject.nMinX)
                 {
-                    Compare(anLeft[k], cObject.nMinY + static_cast<long>(k), anRight[k2],
-                            cObject.nMinY + static_cast<long>(k2));
+                    Compare(nLeft, cObject.nMinY + k, anRight.m_pData[k2], cObject.nMinY + k2);
                 }
             }
         }
@@ -230,27 +288,23 @@ public:
 
 private:
     /// The first column that is not white; the object's largest column if there is none before it.
-    long LeftBorder(const Object& cObject, int y) const
+    static long LeftBorder(const Object& cObject, const unsigned char* pRow)
     {
-        const unsigned char* pRow = ::Row<unsigned char>(m_cTest, y);
-        long x = cObject.nMinX;
-        while (x < cObject.nMaxX && pRow[x] == nWhite)
-        {
-            ++x;
-        }
-        return x;
+        return EndOfRun(pRow, cObject.nMinX, cObject.nMaxX, nWhite);
     }
 
     /// The last column that is not white; the object's smallest column if there is none behind it.
-    long RightBorder(const Object& cObject, int y) const
+    static long RightBorder(const Object& cObject, const unsigned char* pRow)
     {
-        const unsigned char* pRow = ::Row<unsigned char>(m_cTest, y);
-        long x = cObject.nMaxX;
-        while (x > cObject.nMinX && pRow[x] == nWhite)
-        {
-            --x;
-        }
-        return x;
+        return std::max(StartOfRun(pRow, cObject.nMaxX + 1, cObject.nMaxX + 1, nWhite) - 1, cObject.nMinX);
+    }
+
+    /// Rows farther away than this hold no nearer pixel than the nearest so far, if it stands at least nColumns away;
+    /// -1 if no row does.
+    long Reach(long nColumns) const
+    {
+        const double dRest = m_dBest - static_cast<double>(nColumns) * static_cast<double>(nColumns);
+        return dRest > 0.0 ? static_cast<long>(std::sqrt(dRest)) : -1;
     }
 
     void Compare(long nLeft, long nLeftRow, long nRight, long nRightRow)
@@ -272,7 +326,8 @@ private:
     long m_nRightRow = 0;
 };
 
-void CutBelowNeck(StFinger& cFinger, const Objects& aObjects, const ClImage& cTest)
+/// Whether anything was cut off.
+bool CutBelowNeck(StFinger& cFinger, const Objects& aObjects, const ClImage& cTest)
 {
     ClNeckSearch cSearch(cTest);
     for (unsigned long k = 0; k < aObjects.Entries(); ++k)
@@ -286,7 +341,7 @@ void CutBelowNeck(StFinger& cFinger, const Objects& aObjects, const ClImage& cTe
     const long nRow = cSearch.Row();
     if (nRow >= cImage.m_nHeight / 2 || nRow <= nNeckRows)
     {
-        return;
+        return false;
     }
     const long nFrom = nRow - nNeckRows;
     ClImage cTemp;
@@ -294,47 +349,30 @@ void CutBelowNeck(StFinger& cFinger, const Objects& aObjects, const ClImage& cTe
     cImage.Swap(cTemp);
     cFinger.cResult.m_nMinY += static_cast<int>(nFrom);
     OrderBox(cFinger.cResult);
+    return true;
 }
 
-/// Leaves the object in the middle of the picture alone and cuts off what lies below its narrowest place. False if
-/// there are too many objects: the picture then stays as it is.
-bool IsolateAndTrim(StOperators& cOperators, StFinger& cFinger)
+/// Leaves the object in the middle of the picture alone and cuts off what lies below its narrowest place. Whether
+/// anything was cut off.
+bool Trim(StFinger& cFinger, const Objects& aObjects, ClImage& cTest, const ClImage& cLabels)
 {
-    ClImage cTest;
-    ClImage cLabels;
-    cOperators.cSmooth.ApplyParam(cFinger.cImage, cTest, nSmoothWidth);
-    cOperators.cBinarize.ApplyParam(cTest, cTest, cFinger.nThreshold);
-    const Objects& aObjects = LabelObjects(cOperators, cTest, &cLabels);
-    if (aObjects.Entries() > nMostObjects)
+    if (cFinger.bAtImageEdge)
     {
-        return false;
+        return false; // the finger may run off the picture there and has no neck to look for
     }
     for (unsigned long k = 0; k < aObjects.Entries(); ++k)
     {
         if (HoldsCenter(aObjects[k], cTest))
         {
-            KeepOnlyLabel(cTest, cLabels, k + 1);
+            KeepOnlyLabel(cTest, cLabels, static_cast<unsigned char>(k + 1));
         }
     }
-    // At the lower edge of the input the finger may run off the picture and has no neck to look for.
-    if (!IsFirstRowWhite(cTest) && !cFinger.bAtImageEdge)
-    {
-        CutBelowNeck(cFinger, aObjects, cTest);
-    }
-    return true;
+    return !IsFirstRowWhite(cTest) && CutBelowNeck(cFinger, aObjects, cTest);
 }
 
-void NarrowToFinger(StOperators& cOperators, StFinger& cFinger)
+void NarrowToFinger(StFinger& cFinger, const Objects& aObjects)
 {
     ClImage& cImage = cFinger.cImage;
-    ClImage cSmoothed;
-    ClImage cBinary;
-    cOperators.cSmooth.ApplyParam(cImage, cSmoothed, nSmoothWidth);
-    if (cOperators.cBinarize.ApplyParam(cSmoothed, cBinary, cFinger.nThreshold) != FPC_SUCCESS)
-    {
-        return;
-    }
-    const Objects& aObjects = LabelObjects(cOperators, cBinary, nullptr);
     for (unsigned long k = 0; k < aObjects.Entries(); ++k)
     {
         const Object& c = aObjects[k];
@@ -355,39 +393,34 @@ void NarrowToFinger(StOperators& cOperators, StFinger& cFinger)
     }
 }
 
-/// One round of one finger. True asks for another round with a lower threshold.
-bool RefineRound(StOperators& cOperators, StFinger& cFinger)
+void RefineFinger(StOperators& cOperators, StFinger& cFinger)
 {
-    ClImage cBinary;
-    Components aParts;
-    Threshold(cOperators, cFinger, cBinary);
-    ClIpConnectedComponent2 cObjects;
-    cObjects.pInImage = &cBinary;
-    cObjects.m_pComponents = &aParts;
-    cObjects.Apply();
-
-    const StArea cArea = ExpectedArea(cFinger);
-    const Component* pPart = PartAt(aParts, cArea);
-    if (pPart == nullptr)
+    Component cPart;
+    if (!FindPart(cOperators, cFinger, cPart))
     {
-        return false;
+        return;
     }
-    // A part that runs off two edges holds more than the finger, unless it is nearly round.
-    if (TouchedEdges(*pPart, cArea, cBinary) >= 2 && pPart->m_dEccentricity >= dRound)
+    CutToPart(cFinger, cPart);
+    ClImage cTest;
+    ClImage cLabels;
+    const long nResult = BinarizeSmoothed(cOperators, cFinger, cTest);
+    const Objects& aObjects = LabelObjects(cOperators, cTest, &cLabels);
+    if (aObjects.Entries() > nMostObjects)
     {
-        if (cFinger.nThreshold < nLowestRepeatable)
+        return;
+    }
+    if (Trim(cFinger, aObjects, cTest, cLabels))
+    {
+        ClImage cRest;
+        if (BinarizeSmoothed(cOperators, cFinger, cRest) == FPC_SUCCESS)
         {
-            return false;
+            NarrowToFinger(cFinger, LabelObjects(cOperators, cRest, nullptr));
         }
-        cFinger.nRetryThreshold = cFinger.nThreshold - nThresholdStep;
-        return true;
     }
-    CutToPart(cFinger, *pPart);
-    if (IsolateAndTrim(cOperators, cFinger))
+    else if (nResult == FPC_SUCCESS)
     {
-        NarrowToFinger(cOperators, cFinger);
+        NarrowToFinger(cFinger, aObjects); // nothing was cut off: the picture has the objects it had
     }
-    return false;
 }
 } // namespace
 
@@ -407,12 +440,6 @@ void ClIpFourPrintSegmentation::RefineFingers(const TpArrayStatic<bool>& abAtIma
                          m_dScale,
                          0,
                          0};
-        RunLeavingEmpty(cFinger.cImage,
-                        [&]
-                        {
-                            while (RefineRound(cOperators, cFinger))
-                            {
-                            }
-                        });
+        RunLeavingEmpty(cFinger.cImage, [&] { RefineFinger(cOperators, cFinger); });
     }
 }

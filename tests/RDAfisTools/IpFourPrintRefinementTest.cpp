@@ -172,6 +172,28 @@ TEST(IpFourPrintRefinement, ANeckInTheLowestRowsCutsNothing)
     EXPECT_GE(nCut, 2);
 }
 
+TEST(IpFourPrintRefinement, TheNeckOfARaggedFingerIsItsNearestPairOfBorders)
+{
+    int nCut = 0;
+    for (unsigned int nSeed = 1; nSeed <= 12; ++nSeed)
+    {
+        ClTestRandom cRandom(nSeed);
+        ClDrawn c(300, 400, 3);
+        int nLeft = 330;
+        int nRight = 450;
+        for (int y = 150 * 3; y < 330 * 3; ++y) // both borders wander, and there are notches and slanting necks
+        {
+            nLeft = std::min(std::max(nLeft + cRandom.Below(13) - 6, 290), 370);
+            nRight = std::min(std::max(nRight + cRandom.Below(13) - 6, 410), 490);
+            const int nNotch = cRandom.Below(40) == 0 ? 30 : 0;
+            c.Span(nLeft + nNotch, y, nRight - nLeft - nNotch, 80);
+        }
+        SCOPED_TRACE(nSeed);
+        nCut += c.RunOne().bNeckCut ? 1 : 0;
+    }
+    EXPECT_GT(nCut, 3);
+}
+
 TEST(IpFourPrintRefinement, AFingerWithoutANeckKeepsItsRows)
 {
     ClDrawn c(300, 400, 3);
