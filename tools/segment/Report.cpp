@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <memory>
+#include <string_view>
 
 #include <unistd.h>
 
@@ -139,6 +140,41 @@ std::string Words(const ClResult& cResult)
     }
     return sText;
 }
+
+void CloseFile(std::FILE* pFile)
+{
+    if (pFile != nullptr) std::fclose(pFile);
+}
+using File_t = std::unique_ptr<std::FILE, void (*)(std::FILE*)>;
+
+// How many whole cards, up to nMost, a page begins with, and where the last of them ends.
+struct ClCards
+{
+    ClCards(const std::string& sPath, std::uint64_t nMost)
+    {
+        const File_t pFile(std::fopen(sPath.c_str(), "rbe"), CloseFile);
+        constexpr std::string_view sBegin = szCardBegin;
+        std::size_t nInLine = 0; // bytes of the line so far
+        bool bCard = true;
+        std::uint64_t nRead = 0;
+        for (int c = 0; pFile != nullptr && m_nCards < nMost && (c = std::getc(pFile.get())) != EOF; ++nRead)
+        {
+            if (nInLine < sBegin.size()) bCard = bCard && c == sBegin[nInLine];
+            ++nInLine;
+            if (c != '\n') continue;
+            if (bCard)
+            {
+                ++m_nCards;
+                m_nBytes = nRead + 1;
+            }
+            nInLine = 0;
+            bCard = true;
+        }
+    }
+
+    std::uint64_t m_nCards = 0;
+    std::uint64_t m_nBytes = 0;
+};
 } // namespace
 
 std::string ReportHead()
@@ -173,38 +209,35 @@ void ClReport::Open(const std::string& sPath, std::uint64_t nKept)
         m_cFile.Write(ReportHead());
 }
 
-// Copies head and cards from the page there is. Of a page that is whole, or in part, the same lines are at its begin.
+// An earlier run was interrupted at any point, also when it copied the cards itself.
 void ClReport::KeepCards(std::uint64_t nKept)
 {
-    using File_t = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-    File_t pFile(std::fopen(m_sPart.c_str(), "rbe"), std::fclose);
-    const bool bPart = pFile != nullptr && std::getc(pFile.get()) != EOF;
-    if (bPart)
-        std::rewind(pFile.get());
-    else
-        pFile = File_t(std::fopen(m_sPath.c_str(), "rbe"), std::fclose);
-
-    std::uint64_t nCards = 0;
-    std::uint64_t nBytes = 0;
-    std::string sLine;
-    int c = 0;
-    while (pFile != nullptr && nCards < nKept && (c = std::getc(pFile.get())) != EOF)
+    const ClCards cPart(m_sPart, nKept);
+    const ClCards cWhole(m_sPath, nKept);
+    if (cPart.m_nCards == nKept)
     {
-        sLine += static_cast<char>(c);
-        if (c != '\n') continue;
-        if (sLine.compare(0, sizeof szCardBegin - 1, szCardBegin) == 0) ++nCards;
-        if (!bPart) m_cFile.Write(sLine);
-        nBytes += sLine.size();
-        sLine.clear();
+        m_cFile.Truncate(cPart.m_nBytes);
+        return;
     }
-    if (nCards < nKept)
+    if (cWhole.m_nCards < nKept)
     {
-        Abandon(bPart);
-        throw ClRunError(eExitUsage, "the report " + EscapeText(m_sPath) + " holds " + std::to_string(nCards) +
-                                         " of the " + std::to_string(nKept) +
+        Abandon(cPart.m_nCards > 0);
+        throw ClRunError(eExitUsage, "the report " + EscapeText(m_sPath) + " holds " +
+                                         std::to_string(std::max(cPart.m_nCards, cWhole.m_nCards)) + " of the " +
+                                         std::to_string(nKept) +
                                          " pictures that have results already; resume without --report, or begin anew");
     }
-    if (bPart) m_cFile.Truncate(nBytes);
+    m_cFile.Truncate(0);
+    const File_t pFile(std::fopen(m_sPath.c_str(), "rbe"), CloseFile);
+    char aBytes[65536];
+    for (std::uint64_t nLeft = cWhole.m_nBytes; pFile != nullptr && nLeft > 0;)
+    {
+        const std::size_t nRead =
+            std::fread(aBytes, 1, static_cast<std::size_t>(std::min<std::uint64_t>(nLeft, sizeof aBytes)), pFile.get());
+        if (nRead == 0) throw ClRunError(eExitInternal, "cannot read " + EscapeText(m_sPath));
+        m_cFile.Write(std::string_view(aBytes, nRead));
+        nLeft -= nRead;
+    }
 }
 
 void ClReport::Add(const std::string& sCard)

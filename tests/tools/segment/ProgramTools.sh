@@ -1,9 +1,20 @@
 # Shared by the tests that run kormelin-segment. Source it with the paths of the program and of make-slap in $program and
-# $make_slap; it makes $folder, which goes at the end.
+# $make_slap; it goes to $folder, which is removed at the end.
 
 export LC_ALL=C # names are bytes
-folder=$(mktemp -d)
-trap 'chmod -R u+rwx "$folder"; rm -rf "$folder"' EXIT
+
+# The test runs in a process of its own, and this one clears up. A trap would do so, too, but also in a child that is
+# killed before it has become another program.
+if [ -z "${KORMELIN_TEST_FOLDER:-}" ]; then
+    KORMELIN_TEST_FOLDER=$(mktemp -d)
+    export KORMELIN_TEST_FOLDER
+    test_status=0
+    "$0" "$@" || test_status=$?
+    chmod -R u+rwx "$KORMELIN_TEST_FOLDER"
+    rm -rf "$KORMELIN_TEST_FOLDER"
+    exit "$test_status"
+fi
+folder=$KORMELIN_TEST_FOLDER
 cd "$folder"
 
 fail()

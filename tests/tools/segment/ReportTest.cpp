@@ -161,6 +161,20 @@ TEST(ReportFile, AWholeOneCanGrow)
     EXPECT_EQ(WholePage(3), cFolder.Read("page.html"));
 }
 
+TEST(ReportFile, ACopyOfAWholeOneMayHaveBeenInterrupted)
+{
+    const ClTempFolder cFolder;
+    cFolder.Write("page.html", WholePage(3));
+    for (const std::size_t nSize : {ReportHead().size() / 2, ReportHead().size() + 10, WholePage(2).size() / 2})
+    {
+        cFolder.Write("page.html.part", WholePage(3).substr(0, nSize));
+        ClReport cReport;
+        cReport.Open(cFolder.Path("page.html"), 3);
+        cReport.Finish({});
+        EXPECT_EQ(WholePage(3), cFolder.Read("page.html")) << nSize;
+    }
+}
+
 TEST(ReportFile, WithTooFewCardsItCannotGoOn)
 {
     const ClTempFolder cFolder;
