@@ -1,5 +1,6 @@
 #include "RDImageProcessing/IpFilterMid.hpp"
 
+#include "RDImageProcessing/BoxMean.hpp"
 #include "RDImageProcessing/BoxSums.hpp"
 #include "RDImageProcessing/FillTools.hpp"
 #include "RDTools/Exception.hpp"
@@ -329,6 +330,10 @@ long ClIpFilterMid::ProcessXY()
     else if (m_nFilterWidth == 3)
     {
         Process3x3();
+    }
+    else if (m_nFilterWidth >= nLeastFastBox && m_nFilterWidth <= nMostFastBox && m_nFilterWidth % 2 != 0)
+    {
+        FastBoxMeans(*m_pInImage, static_cast<int>(m_nFilterWidth), *m_pOutImage);
     }
     else if (m_nFilterWidth <= nWidest32BitSums)
     {
