@@ -28,25 +28,14 @@ void ThroughTable(const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t 
     }
 }
 
-/// In place the loop has one pointer, so that the compiler sees that bytes are independent of one another.
 __attribute__((always_inline)) inline void StepLoop(const unsigned char* pIn, unsigned char* pOut,
                                                     std::ptrdiff_t nBytes, unsigned char nLastLow, unsigned char nLow,
                                                     unsigned char nHigh)
 {
     const unsigned char nFlip = nLow ^ nHigh;
-    const auto map = [=](unsigned char n) -> unsigned char
-    { return static_cast<unsigned char>(nHigh ^ (n <= nLastLow ? nFlip : 0)); };
-    if (pIn == pOut)
-    {
-        for (std::ptrdiff_t x = 0; x < nBytes; ++x)
-        {
-            pOut[x] = map(pOut[x]);
-        }
-        return;
-    }
     for (std::ptrdiff_t x = 0; x < nBytes; ++x)
     {
-        pOut[x] = map(pIn[x]);
+        pOut[x] = static_cast<unsigned char>(nHigh ^ (pIn[x] <= nLastLow ? nFlip : 0));
     }
 }
 

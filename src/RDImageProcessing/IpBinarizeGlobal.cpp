@@ -44,27 +44,18 @@ template <class T> T SampleThreshold(double dThreshold)
     }
 }
 
-/// fn(sample) for every sample. In place the loop has one pointer, so that the compiler sees that samples are
-/// independent of one another.
-template <class T, class Fn> void MapSamples(const ClImage& cIn, ClImage& cOut, Fn&& fn)
-{
-    ForEachRowPair<T, T>(cIn, cOut,
-                         [&](const T* pIn, T* pOut, std::ptrdiff_t nSamples)
-                         {
-                             if (pIn == pOut)
-                             {
-                                 std::transform(pOut, pOut + nSamples, pOut, fn);
-                             }
-                             else
-                             {
-                                 std::transform(pIn, pIn + nSamples, pOut, fn);
-                             }
-                         });
-}
-
 template <class T> void ThresholdRows(const ClImage& cIn, ClImage& cOut, T tThreshold, T tBlack, T tWhite)
 {
-    MapSamples<T>(cIn, cOut, [=](T tSample) { return tSample < tThreshold ? tBlack : tWhite; });
+    const int nSamples = cIn.SamplesPerRow();
+    for (int y = 0; y < cIn.m_nHeight; ++y)
+    {
+        const T* pIn = Row<T>(cIn, y);
+        T* pOut = Row<T>(cOut, y);
+        for (int x = 0; x < nSamples; ++x)
+        {
+            pOut[x] = pIn[x] < tThreshold ? tBlack : tWhite;
+        }
+    }
 }
 
 /// Through a table, without looking anything up where it holds one value first and then another one.
