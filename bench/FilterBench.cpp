@@ -12,6 +12,7 @@
 #include "RDImageProcessing/IpFilterMidRotating.hpp"
 #include "RDImageProcessing/IpRescale.hpp"
 #include "RDImageProcessing/IpRotate.hpp"
+#include "RDImageProcessing/UniformMasks.hpp"
 
 #include <benchmark/benchmark.h>
 
@@ -92,6 +93,17 @@ void NarrowBox(ClImage& cIn, ClImage& cOut, int nFilterWidth)
 void Rotating(ClImage& cIn, ClImage& cOut, int nMode)
 {
     ClIpFilterMidRotating().ApplyParam(cIn, cOut, 9, static_cast<ClIpFilterMidRotating::EVarianceMode>(nMode));
+}
+
+/// The steps of the default mode, on any x86-64.
+void NarrowRotating(ClImage& cIn, ClImage& cOut, int)
+{
+    ClImage cAvg, cDev;
+    NarrowBox(cIn, cAvg, nFastMask);
+    cDev.New(cIn);
+    FastMaskDeviations(cAvg, cIn, cDev, false);
+    cOut.New(cIn);
+    FastMaskSearch(cDev, cAvg, cOut, false);
 }
 
 /// The whole factor stands for the resolution, as it does for a slap of 500 or 1000 pixels per inch.
@@ -262,6 +274,7 @@ bool RegisterAll()
     }
     const char* const aszMode[] = {"MinDistance", "Deviation", "FixPoint", "Float"};
     for (int nMode = 0; nMode < 4; ++nMode) Register("Rotating9" + std::string(aszMode[nMode]), cHand, nMode, Rotating);
+    Register("Rotating9DeviationNarrow", cHand, 0, NarrowRotating);
     for (const int nFactor : {5, 10})
         Register("Reduce" + std::to_string(nFactor), cSlap, nFactor, Reduce WITH_OPENCV(OpenCvReduce));
     Register("TurnNearest", cSlap, 0, Turn WITH_OPENCV(OpenCvTurn));

@@ -5,6 +5,7 @@
 #include "RDImageProcessing/Ip1to1Base.hpp"
 #include "RDImageProcessing/IpDelta.hpp"
 #include "RDImageProcessing/IpFilterMid.hpp"
+#include "RDImageProcessing/UniformMasks.hpp"
 #include "RDTools/Exception.hpp"
 #include "RDTools/ParameterContainer.hpp"
 #include "RDTools/TpArrayStatic.hpp"
@@ -33,6 +34,11 @@ template <class T> void RequireFit(const ClImage& cImage, const ClImage& cModel,
     {
         throw ClExVelmarin(FPC_ERROR_BITMAP_DIMENSION, szModule, __LINE__);
     }
+}
+
+bool IsFastMask(const ClImage& cImage, int nMask)
+{
+    return nMask == nFastMask && cImage.m_nWidth >= nFastMask && cImage.m_nHeight >= nFastMask;
 }
 
 /// The sum over the mask of nHalf around each pixel of row y that has a whole mask, into pSums at the pixel's column.
@@ -410,6 +416,11 @@ void ClIpFilterMidRotating::CalculateDeviationByte(const ClImage& cAvg, const Cl
     RequireFit<unsigned char>(cIn, cIn, nMask);
     RequireFit<unsigned char>(cAvg, cIn, nMask);
     cDev.New(cAvg);
+    if (IsFastMask(cIn, nMask))
+    {
+        FastMaskDeviations(cAvg, cIn, cDev);
+        return;
+    }
     // The absolute distances of 16 by 16 pixels fit 16 bits; a mask is 2 (nMask / 2) + 1 pixels wide.
     if (nMask <= 15)
     {
@@ -514,6 +525,14 @@ void ClIpFilterMidRotating::FindMinimum(const ClImage& cDev, const ClImage& cAvg
     if (nWidth <= 0 || nHeight <= 0)
     {
         return;
+    }
+    if constexpr (std::is_same_v<TDev, unsigned char> && std::is_same_v<TOut, unsigned char>)
+    {
+        if (IsFastMask(cDev, nMask))
+        {
+            FastMaskSearch(cDev, cAvg, cOut);
+            return;
+        }
     }
     const int nHalf = nMask / 2;
     ClColumnMinima<TDev> cMinima(nWidth);

@@ -41,8 +41,8 @@ struct ClConvertFloat
 ///         -14 if the image is smaller than F; -33 for other sample types and directions; -10 for an image without
 ///         pixels; ClExBadAlloc. The steps below raise ClExVelmarin: -35 for masks below 1, -33 for samples of another
 ///         size than theirs and -14 for images that differ in size.
-/// Cost    Per pixel m * m absolute differences and two sliding minima.
-/// Thread  One object, one thread.
+/// Cost    Per pixel m * m absolute differences and two sliding minima; many pixels at a time for F = 9 in the modes 0
+/// and 1. Thread  One object, one thread.
 class ClIpFilterMidRotating : public ClIpFilterBase
 {
 public:
