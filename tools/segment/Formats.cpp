@@ -72,17 +72,23 @@ const char* FormatName(EFormat eFormat)
 
 bool CanRead(EFormat eFormat)
 {
-    switch (eFormat)
-    {
-    case EFormat::eBmp:
-    case EFormat::ePnm: return true;
-    case EFormat::ePng: return HAVE_PNG != 0;
-    case EFormat::eJpeg: return HAVE_JPEG != 0;
-    case EFormat::eTiff: return HAVE_TIFF != 0;
-    case EFormat::eJp2: return HAVE_OPENJPEG != 0;
-    case EFormat::eUnknown: break;
-    }
-    return false;
+    constexpr EFormat aeReadable[] = {
+        EFormat::eBmp,
+        EFormat::ePnm,
+#if HAVE_PNG
+        EFormat::ePng,
+#endif
+#if HAVE_JPEG
+        EFormat::eJpeg,
+#endif
+#if HAVE_TIFF
+        EFormat::eTiff,
+#endif
+#if HAVE_OPENJPEG
+        EFormat::eJp2,
+#endif
+    };
+    return std::find(std::begin(aeReadable), std::end(aeReadable), eFormat) != std::end(aeReadable);
 }
 
 std::string ReadableFormats()

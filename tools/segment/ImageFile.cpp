@@ -76,6 +76,7 @@ ClImageRows RowsWithFrames(ClPicture& cPicture, const std::vector<ClFinger>& aFi
     ClImageRows cRows = RowsOf(cPicture.m_cImage);
     cRows.m_nChannels = 3;
     std::vector<ClFrame> aFrames;
+    aFrames.reserve(aFingers.size());
     for (const ClFinger& c : aFingers)
     {
         aFrames.push_back(

@@ -17,39 +17,41 @@ namespace SegmentTool
 {
 namespace
 {
+constexpr std::size_t nHelpNames = 26; // columns of the options' names in the help
+constexpr std::size_t nHelpText = 53;  // and of their descriptions
 constexpr int nMostJobs = 1024;
 constexpr double dMostPpi = 10000.0;
 constexpr double dMostSeconds = 86400.0;
 constexpr unsigned long nMostShards = 1000000;
 
 constexpr const char* szDescription =
-    "Cuts slap pictures, several fingers pressed on a scanner at the same time, into single\n"
-    "fingers: tells where each finger lies in the picture and which finger of which hand it is,\n"
-    "and writes a picture of each. Fingers are dark on a light ground, with their tips up.";
+    "Cuts slap pictures, several fingers pressed on a scanner at the same time, into\n"
+    "single fingers: tells where each finger lies in the picture and which finger of\n"
+    "which hand it is, and writes a picture of each. Fingers are dark on a light\n"
+    "ground, with their tips up.";
 
-constexpr const char* szFooter =
-    "Results go to standard output (or --output), messages to standard error. Finger positions\n"
-    "are friction ridge codes of ANSI/NIST-ITL: 1 right thumb, 2 right index, 3 right middle,\n"
-    "4 right ring, 5 right little, 6 left thumb, 7 left index, 8 left middle, 9 left ring,\n"
-    "10 left little, 0 undecided. Pictures have at most 20000 by 20000 pixels. A resolution is\n"
-    "never guessed: a file that tells none, or 72 or 96 pixels per inch, is an error unless\n"
-    "--ppi gives it.\n"
-    "\n"
-    "Exit codes:\n"
-    "  0    every picture segmented\n"
-    "  1    finished; a picture shows no finger, or fewer than --expect\n"
-    "  2    wrong usage\n"
-    "  3    finished; a picture cannot be read, or its fingers not be written without\n"
-    "       overwriting those of another picture\n"
-    "  4    not enough memory, results cannot be written (full disk, closed pipe, no rights),\n"
-    "       or an internal fault\n"
-    "  129, 130, 143   ended by SIGHUP, SIGINT, SIGTERM\n"
-    "\n"
-    "Examples:\n"
-    "  kormelin-segment -o fingers slap.png\n"
-    "  kormelin-segment --format json -r archive --output results.jsonl -o fingers --tree\n"
-    "  kormelin-segment --format csv --ppi 500 --expect 4 --report report.html slaps/*.bmp\n"
-    "  kormelin-segment --decoder 'my-wsq-decoder --pgm \"$1\"' --ppi 500 slap.wsq";
+constexpr const char* szFooter = "Results go to standard output (or --output), messages to standard error. Finger\n"
+                                 "positions are friction ridge codes of ANSI/NIST-ITL: 1 right thumb, 2 right\n"
+                                 "index, 3 right middle, 4 right ring, 5 right little, 6 left thumb, 7 left index,\n"
+                                 "8 left middle, 9 left ring, 10 left little, 0 undecided. Pictures have at most\n"
+                                 "20000 by 20000 pixels. A resolution is never guessed: a file that tells none, or\n"
+                                 "72 or 96 pixels per inch, is an error unless --ppi gives it.\n"
+                                 "\n"
+                                 "Exit codes:\n"
+                                 "  0    every picture segmented\n"
+                                 "  1    finished; a picture shows no finger, or fewer than --expect\n"
+                                 "  2    wrong usage\n"
+                                 "  3    finished; a picture cannot be read, or its fingers not be written without\n"
+                                 "       overwriting those of another picture\n"
+                                 "  4    not enough memory, results cannot be written (full disk, closed pipe,\n"
+                                 "       no rights), or an internal fault\n"
+                                 "  129, 130, 143   ended by SIGHUP, SIGINT, SIGTERM\n"
+                                 "\n"
+                                 "Examples:\n"
+                                 "  kormelin-segment -o fingers slap.png\n"
+                                 "  kormelin-segment --format json -r archive --output all.jsonl -o fingers --tree\n"
+                                 "  kormelin-segment --format csv --ppi 500 --expect 4 --report p.html slaps/*.bmp\n"
+                                 "  kormelin-segment --decoder 'my-wsq-decoder --pgm \"$1\"' --ppi 500 slap.wsq";
 
 // The processors that this process may run on.
 int AvailableProcessors()
@@ -211,6 +213,27 @@ void AddRunOptions(CLI::App& cApp, ClOptions& cOptions)
         ->group(szGroup);
 }
 
+// Lines of the help that fit into 80 columns, between words.
+std::string Wrapped(const std::string& sText)
+{
+    std::string sOut;
+    std::size_t nColumn = 0;
+    for (std::size_t nFirst = 0; nFirst < sText.size();)
+    {
+        const std::size_t nEnd = std::min(sText.find(' ', nFirst), sText.size());
+        if (nColumn != 0)
+        {
+            const bool bFits = nColumn + 1 + (nEnd - nFirst) <= nHelpText;
+            sOut += bFits ? ' ' : '\n';
+            nColumn = bFits ? nColumn + 1 : 0;
+        }
+        sOut += sText.substr(nFirst, nEnd - nFirst);
+        nColumn += nEnd - nFirst;
+        nFirst = nEnd + 1;
+    }
+    return sOut;
+}
+
 // What no single option can tell.
 void CheckTogether(const ClOptions& cOptions)
 {
@@ -251,11 +274,13 @@ ClCommand ParseCommandLine(int nArguments, const char* const* aszArguments)
     ClTexts cTexts;
     CLI::App cApp(szDescription, "kormelin-segment");
     cApp.footer(szFooter);
-    cApp.set_help_flag("-h,--help", "Print this help and end")->group("Other");
-    cApp.set_version_flag("--version", VersionText(), "Print the version and end")->group("Other");
     AddInputOptions(cApp, cCommand.m_cOptions, cTexts);
     AddOutputOptions(cApp, cCommand.m_cOptions, cTexts);
     AddRunOptions(cApp, cCommand.m_cOptions);
+    cApp.set_help_flag("-h,--help", "Print this help and end")->group("Other");
+    cApp.set_version_flag("--version", VersionText(), "Print the version and end")->group("Other");
+    cApp.get_formatter()->column_width(nHelpNames);
+    for (CLI::Option* pOption : cApp.get_options()) pOption->description(Wrapped(pOption->get_description()));
     try
     {
         cApp.parse(nArguments, aszArguments);

@@ -60,28 +60,13 @@ public:
         bool bQuoted = false;
         for (int c = Next(); c != EOF; c = Next())
         {
-            if (c == '"')
-            {
-                // A doubled one inside quotation marks is one of the text.
-                if (!bQuoted && m_nBefore == '"') Put(aFields.back(), c);
-                bQuoted = !bQuoted;
-            }
-            else if (bQuoted)
-            {
-                Put(aFields.back(), c);
-            }
-            else if (c == ',')
-            {
-                aFields.emplace_back();
-            }
-            else if (c == '\n' && m_nBefore == '\r')
-            {
-                return true;
-            }
-            else if (c != '\r')
-            {
-                Put(aFields.back(), c);
-            }
+            const bool bQuote = c == '"';
+            const bool bText = bQuoted ? !bQuote : !bQuote && c != ',' && c != '\r' && c != '\n';
+            // A doubled one inside quotation marks is one of the text.
+            if (bText || (bQuote && !bQuoted && m_nBefore == '"')) Put(aFields.back(), c);
+            if (bQuote) bQuoted = !bQuoted;
+            if (c == ',' && !bQuoted) aFields.emplace_back();
+            if (c == '\n' && !bQuoted && m_nBefore == '\r') return true;
             m_nBefore = c;
         }
         return false;

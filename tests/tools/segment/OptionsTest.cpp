@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 using namespace SegmentTool;
 
 namespace
@@ -59,6 +61,17 @@ TEST(Options, EachOneIsTaken)
                                       "--expect",
                                       "4",
                                       "-q",
+                                      "-o",
+                                      "d",
+                                      "--image-format",
+                                      "bmp",
+                                      "--overlay",
+                                      "--tree",
+                                      "--report",
+                                      "r.html",
+                                      "--resume",
+                                      "-j",
+                                      "7",
                                       "x"});
     ASSERT_TRUE(cCommand.m_bRun) << cCommand.m_sErrors;
     const ClOptions& c = cCommand.m_cOptions;
@@ -75,6 +88,11 @@ TEST(Options, EachOneIsTaken)
     EXPECT_EQ("o.csv", c.m_sOutput);
     EXPECT_EQ(4, c.m_nExpect);
     EXPECT_TRUE(c.m_bQuiet);
+    EXPECT_EQ("d", c.m_sFolder);
+    EXPECT_EQ(EImageFormat::eBmp, c.m_eImageFormat);
+    EXPECT_TRUE(c.m_bOverlay && c.m_bTree && c.m_bResume);
+    EXPECT_EQ("r.html", c.m_sReport);
+    EXPECT_EQ(7, c.m_nJobs);
 }
 
 TEST(Options, NamesBehindTwoDashesAreNoOptions)
@@ -93,6 +111,8 @@ TEST(Options, HelpAndVersionGoToStandardOutput)
     {
         EXPECT_NE(std::string::npos, cHelp.m_sOut.find(szPart)) << szPart;
     }
+    std::istringstream cLines(cHelp.m_sOut);
+    for (std::string sLine; std::getline(cLines, sLine);) EXPECT_LE(sLine.size(), 80u) << sLine;
     const ClCommand cVersion = Parse({"--version"});
     EXPECT_FALSE(cVersion.m_bRun);
     EXPECT_EQ(0u, cVersion.m_sOut.find("kormelin-segment 1.1.1407.3\n")) << cVersion.m_sOut;
@@ -117,6 +137,13 @@ TEST(Options, WrongOnesAreNamed)
     ExpectUsageError({"a", "--endings", ","}, "--endings");
     ExpectUsageError({"a", "--expect", "2", "--biggest"}, "--biggest");
     ExpectUsageError({"a", "-0"}, "--null");
+    ExpectUsageError({"a", "--overlay"}, "-o DIR");
+    ExpectUsageError({"a", "--tree"}, "-o DIR");
+    ExpectUsageError({"a", "--resume"}, "--output");
+    ExpectUsageError({"a", "--resume", "--output", "b"}, "--format");
+    ExpectUsageError({"a", "--report", "b", "--output", "b"}, "same file");
+    for (const char* szJobs : {"0", "-1", "x", "1025"}) ExpectUsageError({"a", "-j", szJobs}, "--jobs");
+    ExpectUsageError({"a", "-o", "d", "--image-format", "gif"}, "--image-format");
 }
 
 TEST(Options, FoldersAreSearchedForWhatCanBeRead)
