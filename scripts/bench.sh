@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # usage: bench.sh [ARGUMENT ...]
 # Builds the benchmarks and runs them; arguments go to Google Benchmark, such as --benchmark_filter=Segment. Real slap
-# pictures are used if the folder KORMELIN_SLAPS, or ../shared/data/slaps beside the repository, is there. Installs what
-# is missing.
+# pictures are used if the folder KORMELIN_SLAPS, or ../shared/data/slaps beside the repository, is there. Where Debian's
+# libopencv-imgproc-dev is installed, its functions run beside the operators. Installs what else is missing.
 set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
 

@@ -1,5 +1,7 @@
 #include "RDImageProcessing/ByteMap.hpp"
 
+#include "RDTools/WideVectors.hpp"
+
 #if defined(__x86_64__)
 #include <immintrin.h>
 #endif
@@ -28,9 +30,8 @@ void ThroughTable(const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t 
     }
 }
 
-__attribute__((always_inline)) inline void StepLoop(const unsigned char* pIn, unsigned char* pOut,
-                                                    std::ptrdiff_t nBytes, unsigned char nLastLow, unsigned char nLow,
-                                                    unsigned char nHigh)
+RD_KERNEL void Step(const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t nBytes, unsigned char nLastLow,
+                    unsigned char nLow, unsigned char nHigh)
 {
     const unsigned char nFlip = nLow ^ nHigh;
     for (std::ptrdiff_t x = 0; x < nBytes; ++x)
@@ -39,19 +40,19 @@ __attribute__((always_inline)) inline void StepLoop(const unsigned char* pIn, un
     }
 }
 
-void Step(const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t nBytes, unsigned char nLastLow,
-          unsigned char nLow, unsigned char nHigh)
+void StepNarrow(const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t nBytes, unsigned char nLastLow,
+                unsigned char nLow, unsigned char nHigh)
 {
-    StepLoop(pIn, pOut, nBytes, nLastLow, nLow, nHigh);
+    Step(pIn, pOut, nBytes, nLastLow, nLow, nHigh);
+}
+
+RD_FOR_WIDE_VECTORS void StepWide(const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t nBytes,
+                                  unsigned char nLastLow, unsigned char nLow, unsigned char nHigh)
+{
+    Step(pIn, pOut, nBytes, nLastLow, nLow, nHigh);
 }
 
 #if defined(__x86_64__)
-__attribute__((target("avx2"))) void StepAvx2(const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t nBytes,
-                                              unsigned char nLastLow, unsigned char nLow, unsigned char nHigh)
-{
-    StepLoop(pIn, pOut, nBytes, nLastLow, nLow, nHigh);
-}
-
 /// Two instructions look 64 bytes up, one in each half of the table; the highest bit of a byte chooses between them.
 __attribute__((target("avx512f,avx512bw,avx512vbmi"))) void
 ThroughTableVbmi(const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t nBytes, const unsigned char* pTable)
@@ -70,28 +71,31 @@ ThroughTableVbmi(const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t n
     }
 }
 
+bool HasVbmi()
+{
+    return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+           __builtin_cpu_supports("avx512vbmi");
+}
+#endif
+
 StByteMaps Fastest()
 {
     StByteMaps cMaps = g_cByteMapsAnywhere;
-    if (__builtin_cpu_supports("avx2"))
-    {
-        cMaps.pStep = StepAvx2;
-    }
-    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi"))
+#if defined(__x86_64__)
+    if (HasVbmi())
     {
         cMaps.pThroughTable = ThroughTableVbmi;
     }
+#endif
+    if (HasWideVectors())
+    {
+        cMaps.pStep = StepWide;
+    }
     return cMaps;
 }
-#else
-StByteMaps Fastest()
-{
-    return g_cByteMapsAnywhere;
-}
-#endif
 } // namespace
 
-const StByteMaps g_cByteMapsAnywhere = {ThroughTable, Step};
+const StByteMaps g_cByteMapsAnywhere = {ThroughTable, StepNarrow};
 
 const StByteMaps& ByteMaps()
 {
