@@ -18,8 +18,19 @@ constexpr int nNoThreshold = 255;
 
 constexpr double dPerGrey = 0.00392156862745098; // 1 / 255
 
-/// What depends only on the distance of a grey value from its class's mean: 256 values instead of logarithms and
-/// divisions for every pair of grey value and threshold.
+/// A term of a sum of fuzziness, which depends only on the distance of a grey value from its class's mean: 256 values
+/// instead of logarithms and divisions for every pair of grey value and threshold.
+class ClTerms
+{
+public:
+    /// The terms of the grey values from 0 on, if this is their mean.
+    const double* FromMean(int nMean) const { return m_adTerm + nGreys - 1 - nMean; }
+    double& OfDistance(int nDistance) { return m_adTerm[nGreys - 1 + nDistance]; }
+
+private:
+    double m_adTerm[2 * nGreys - 1]; // of the distances from -255 to 255
+};
+
 struct StFuzziness
 {
     StFuzziness()
@@ -27,19 +38,98 @@ struct StFuzziness
         for (int d = 0; d < nGreys; ++d)
         {
             const double x = 1.0 / (d * dPerGrey + 1.0);
-            m_adShannon[d] = x > 0.0 && x < 1.0 ? -x * std::log(x) - (1.0 - x) * std::log(1.0 - x) : 0.0;
-            m_adYager[d] = (x * (1.0 - x)) * (x * (1.0 - x));
+            const double dShannon = x > 0.0 && x < 1.0 ? -x * std::log(x) - (1.0 - x) * std::log(1.0 - x) : 0.0;
+            m_cShannon.OfDistance(d) = m_cShannon.OfDistance(-d) = dShannon;
+            m_cYager.OfDistance(d) = m_cYager.OfDistance(-d) = (x * (1.0 - x)) * (x * (1.0 - x));
         }
     }
 
-    double m_adShannon[nGreys];
-    double m_adYager[nGreys];
+    ClTerms m_cShannon;
+    ClTerms m_cYager;
 };
 
 const StFuzziness& Fuzziness()
 {
     static const StFuzziness cFuzziness;
     return cFuzziness;
+}
+
+/// The weights of the terms: the histogram, or none.
+struct StByCount
+{
+    static constexpr int nEnd = nGreys - 1; // white is left out on purpose
+    const double* pdHistogram;
+    double Of(double dTerm, int g) const { return dTerm * pdHistogram[g]; }
+};
+
+struct StUnweighted
+{
+    static constexpr int nEnd = nGreys;
+    double Of(double dTerm, int) const { return dTerm; }
+};
+
+/// The sum of one threshold, from the darkest grey value to the brightest.
+template <class Weight> double Sum(const ClTerms& cTerms, const Weight& cWeight, int nMean0, int nMean1, int nThreshold)
+{
+    const double* const pdDark = cTerms.FromMean(nMean0);
+    const double* const pdBright = cTerms.FromMean(nMean1);
+    double dSum = 0.0;
+    for (int g = 0; g < Weight::nEnd; ++g)
+    {
+        dSum += cWeight.Of((g <= nThreshold ? pdDark : pdBright)[g], g);
+    }
+    return dSum;
+}
+
+constexpr int nSideBySide = 8; // hides how long an addition takes
+
+/// The sums of nSideBySide thresholds, which do not fall. One after the other they pass from the dark class to the
+/// bright one.
+template <class Weight>
+void SumSideBySide(const ClTerms& cTerms, const Weight& cWeight, const ClIpBinarizeAutoThreshold::StThreshold* pc,
+                   double* pdSum)
+{
+    const double* apdTerm[nSideBySide];
+    double adSum[nSideBySide] = {};
+    for (int i = 0; i < nSideBySide; ++i)
+    {
+        apdTerm[i] = cTerms.FromMean(pc[i].m_nMean0);
+    }
+    int g = 0;
+    for (int n = 0; n <= nSideBySide; ++n)
+    {
+        const int nEnd = n < nSideBySide ? std::min(pc[n].m_nThreshold + 1, Weight::nEnd) : Weight::nEnd;
+        for (; g < nEnd; ++g)
+        {
+            for (int i = 0; i < nSideBySide; ++i)
+            {
+                adSum[i] += cWeight.Of(apdTerm[i][g], g);
+            }
+        }
+        if (n < nSideBySide)
+        {
+            apdTerm[n] = cTerms.FromMean(pc[n].m_nMean1);
+        }
+    }
+    std::copy_n(adSum, nSideBySide, pdSum);
+}
+
+/// The sums of any number of thresholds. The last group ends with the last threshold again and again.
+template <class Weight>
+void SumAll(const ClTerms& cTerms, const Weight& cWeight, const ClIpBinarizeAutoThreshold::StThreshold* pc, int nCount,
+            double* pdSum)
+{
+    for (int i = 0; i < nCount; i += nSideBySide)
+    {
+        ClIpBinarizeAutoThreshold::StThreshold acGroup[nSideBySide];
+        double adSum[nSideBySide];
+        for (int k = 0; k < nSideBySide; ++k)
+        {
+            acGroup[k] = pc[std::min(i + k, nCount - 1)];
+        }
+        SumSideBySide(cTerms, cWeight, acGroup, adSum);
+        std::copy_n(adSum, std::min(nSideBySide, nCount - i), pdSum + i);
+    }
 }
 
 /// Counts and sums of the grey values up to a threshold and above it.
@@ -191,28 +281,25 @@ double ClIpBinarizeAutoThreshold::Ux(int nGrey, int nMean0, int nMean1, int nThr
 
 double ClIpBinarizeAutoThreshold::Yager(int nMean0, int nMean1, int nThreshold)
 {
-    const double* const pdTerm = Fuzziness().m_adYager;
-    double dSum = 0.0;
-    for (int g = 0; g < nGreys; ++g)
-    {
-        dSum += pdTerm[std::abs(g - (g <= nThreshold ? nMean0 : nMean1))];
-    }
-    return std::sqrt(dSum);
+    return std::sqrt(Sum(Fuzziness().m_cYager, StUnweighted(), nMean0, nMean1, nThreshold));
 }
 
 double ClIpBinarizeAutoThreshold::fuzzy(const double* pdHistogram, int nMean0, int nMean1, int nThreshold, int nType)
 {
-    if (nType != nShannon)
+    return nType == nShannon ? Sum(Fuzziness().m_cShannon, StByCount{pdHistogram}, nMean0, nMean1, nThreshold)
+                             : Yager(nMean0, nMean1, nThreshold);
+}
+
+void ClIpBinarizeAutoThreshold::fuzzy(const double* pdHistogram, const StThreshold* pcThreshold, int nCount, int nType,
+                                      double* pdFuzziness)
+{
+    if (nType == nShannon)
     {
-        return Yager(nMean0, nMean1, nThreshold);
+        SumAll(Fuzziness().m_cShannon, StByCount{pdHistogram}, pcThreshold, nCount, pdFuzziness);
+        return;
     }
-    const double* const pdTerm = Fuzziness().m_adShannon;
-    double dSum = 0.0;
-    for (int g = 0; g < nGreys - 1; ++g) // white is left out on purpose
-    {
-        dSum += pdTerm[std::abs(g - (g <= nThreshold ? nMean0 : nMean1))] * pdHistogram[g];
-    }
-    return dSum;
+    SumAll(Fuzziness().m_cYager, StUnweighted(), pcThreshold, nCount, pdFuzziness);
+    std::transform(pdFuzziness, pdFuzziness + nCount, pdFuzziness, [](double dSum) { return std::sqrt(dSum); });
 }
 
 int ClIpBinarizeAutoThreshold::thr_fuz(const ClImage* pImage, int nType)
@@ -220,31 +307,28 @@ int ClIpBinarizeAutoThreshold::thr_fuz(const ClImage* pImage, int nType)
     double adHistogram[nGreys];
     histogram(pImage, adHistogram);
     const StClasses cClasses(adHistogram);
-    const double dPerPixel = 1.0 / (static_cast<double>(pImage->m_nWidth) * pImage->m_nHeight);
-    double dLargest = 0.0;
-    double dSmallest = 0.0;
-    int nBest = -1;
+    StThreshold acThreshold[nGreys];
+    int nCount = 0;
     for (int t = 1; t < nGreys - 1; ++t)
     {
-        if (adHistogram[t] == 0.0 || cClasses.m_adCount[t] == 0.0 || cClasses.m_adCountAbove[t] == 0.0)
+        if (adHistogram[t] != 0.0 && cClasses.m_adCount[t] != 0.0 && cClasses.m_adCountAbove[t] != 0.0)
         {
-            continue;
-        }
-        const double dFuzziness =
-            fuzzy(adHistogram, cClasses.MeanBelow(t), cClasses.MeanAbove(t), t, nType) * dPerPixel;
-        dLargest = std::max(dLargest, dFuzziness);
-        if (nBest == -1 || dFuzziness < dSmallest)
-        {
-            dSmallest = dFuzziness;
-            nBest = t;
+            acThreshold[nCount++] = {t, cClasses.MeanBelow(t), cClasses.MeanAbove(t)};
         }
     }
-    if (nBest == -1)
+    if (nCount == 0)
     {
         return nNoThreshold;
     }
+    double adFuzziness[nGreys];
+    fuzzy(adHistogram, acThreshold, nCount, nType, adFuzziness);
+    const double dPerPixel = 1.0 / (static_cast<double>(pImage->m_nWidth) * pImage->m_nHeight);
+    std::transform(adFuzziness, adFuzziness + nCount, adFuzziness, [dPerPixel](double d) { return d * dPerPixel; });
+    const double* const pdSmallest = std::min_element(adFuzziness, adFuzziness + nCount);
+    const double dLargest = std::max(0.0, *std::max_element(adFuzziness, adFuzziness + nCount));
     // A value of fuzziness serves as a distance in grey values.
-    const double dReach = (dLargest - dSmallest) * 0.05 + dSmallest;
+    const double dReach = (dLargest - *pdSmallest) * 0.05 + *pdSmallest;
+    const int nBest = acThreshold[pdSmallest - adFuzziness].m_nThreshold;
     const int nFrom = std::max(CastSample<int>(nBest - dReach), 1);
     const int nTo = std::min(CastSample<int>(nBest + dReach), nGreys - 2);
     return nTo < nFrom ? nNoThreshold : EmptiestPlace(adHistogram, nFrom, nTo);

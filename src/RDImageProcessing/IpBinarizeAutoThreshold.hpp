@@ -69,6 +69,17 @@ public:
     static double Ux(int nGrey, int nMean0, int nMean1, int nThreshold);
     static double Yager(int nMean0, int nMean1, int nThreshold);
     static double fuzzy(const double* pdHistogram, int nMean0, int nMean1, int nThreshold, int nType);
+    /// A threshold with the means, 0 to 255, of the grey values up to it and above it.
+    struct StThreshold
+    {
+        int m_nThreshold;
+        int m_nMean0;
+        int m_nMean1;
+    };
+    /// The same for nCount thresholds, which do not fall, to the last bit: several sums side by side, each in its
+    /// order.
+    static void fuzzy(const double* pdHistogram, const StThreshold* pcThreshold, int nCount, int nType,
+                      double* pdFuzziness);
     static void histogram(const ClImage* pImage, double* pdHistogram);
 
     eProcessingMode m_eProcessingMode = ModeFuzzyEntropy;

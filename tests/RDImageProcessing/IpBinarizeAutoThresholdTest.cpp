@@ -297,6 +297,38 @@ TEST(IpBinarizeAutoThreshold, TheMeasuresOfFuzzinessAreTheSumsInOrder)
     }
 }
 
+TEST(IpBinarizeAutoThreshold, ManyThresholdsAreSummedUpToTheSameBits)
+{
+    ClTestRandom cRandom(11);
+    for (int nCount = 1; nCount <= 256; nCount += nCount < 20 ? 1 : 59)
+    {
+        std::vector<double> adHistogram(256);
+        std::vector<Auto::StThreshold> acThreshold;
+        for (int i = 0; i < nCount; ++i)
+        {
+            acThreshold.push_back({cRandom.Below(256), cRandom.Below(256), cRandom.Below(256)});
+        }
+        for (double& dCount : adHistogram)
+        {
+            dCount = cRandom.Below(3) * cRandom.Below(5000);
+        }
+        std::sort(acThreshold.begin(), acThreshold.end(),
+                  [](const auto& a, const auto& b) { return a.m_nThreshold < b.m_nThreshold; });
+        for (const int nType : {1, 2})
+        {
+            std::vector<double> adFuzziness(acThreshold.size());
+            Auto::fuzzy(adHistogram.data(), acThreshold.data(), nCount, nType, adFuzziness.data());
+            for (std::size_t i = 0; i < acThreshold.size(); ++i)
+            {
+                const Auto::StThreshold& c = acThreshold[i];
+                ASSERT_EQ(Auto::fuzzy(adHistogram.data(), c.m_nMean0, c.m_nMean1, c.m_nThreshold, nType),
+                          adFuzziness[i])
+                    << nType << ", " << i << " of " << nCount;
+            }
+        }
+    }
+}
+
 TEST(IpBinarizeAutoThreshold, WhiteHasNoPartInTheEntropy)
 {
     double adHistogram[256] = {};
