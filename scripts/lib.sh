@@ -10,6 +10,7 @@ tool_packages=(libcli11-dev nlohmann-json3-dev libpng-dev libjpeg62-turbo-dev li
 package_packages=(dpkg-dev fakeroot file gzip help2man lintian man-db python3)
 bench_packages=(libbenchmark-dev)
 sheet_packages=(libgd-dev)
+scale_packages=(slurmctld slurmd slurm-client munge parallel openssh-server openssh-client)
 
 say()
 {

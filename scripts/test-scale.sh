@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # usage: test-scale.sh
-# The scripts of contrib/ with the engines that they are for: 200 drawn pictures, a cut-off and an empty one among them, as
-# an array of 8 tasks of a one-node Slurm, and on two "machines" by GNU parallel over ssh. Undisturbed and with tasks
-# that are requeued, killed and started again in the middle, results and pictures must be those of a single run, byte for
-# byte. Slurm, munge and sshd are Debian's, with configuration, keys and state in a temporary folder and on free ports of
-# the loopback interface; at the end, whatever it is, they are stopped and gone. Needs root. About three minutes.
+# The scripts of contrib/ with the engines that they are for: 200 drawn pictures, a cut-off and an empty one among them,
+# as an array of 8 tasks of a one-node Slurm, and on two "machines" by GNU parallel over ssh. Undisturbed and with tasks
+# that are requeued, killed and started again in the middle, results and pictures must be those of a single run, byte
+# for byte. Slurm, munge and sshd are Debian's, with configuration, keys and state in a temporary folder and on free
+# ports of the loopback interface; at the end, whatever it is, they are stopped and gone. Needs root. About three
+# minutes.
 set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
 [ $# -eq 0 ] || { sed -n '2s/^# //p' "${BASH_SOURCE[0]}" >&2 && exit 2; }
@@ -119,7 +120,8 @@ mkdir "$folder/pictures"
 scenes=(four-fingers-right four-fingers-left three-fingers two-fingers one-finger two-flat-thumbs leaning-hand-left
     leaning-hand-right leaning-pair touching-fingers hand-with-palm pair-with-palm)
 for ((number = 1; number <= pictures; ++number)); do
-    printf '%s %d %s/pictures/%03d.bmp\n' "${scenes[number % ${#scenes[@]}]}" $((5000 + 50 * number)) "$folder" "$number"
+    printf '%s %d %s/pictures/%03d.bmp\n' "${scenes[number % ${#scenes[@]}]}" $((5000 + 50 * number)) \
+        "$folder" "$number"
 done | xargs -P "$jobs" -L 1 "$repository/build/release/make-slap" >"$folder/drawn"
 head -c 100000 "$folder/pictures/077.bmp" >"$folder/cut"
 mv "$folder/cut" "$folder/pictures/077.bmp"
