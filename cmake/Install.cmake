@@ -55,7 +55,9 @@ if(TARGET kormelin-segment)
     install(TARGETS kormelin-segment RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
     install(FILES "${PROJECT_SOURCE_DIR}/tools/segment/completion/kormelin-segment"
         DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT tools)
-    install(FILES "${PROJECT_SOURCE_DIR}/docs/kormelin-segment.schema.json"
+    install(FILES "${PROJECT_SOURCE_DIR}/docs/kormelin-segment.schema.json" "${PROJECT_SOURCE_DIR}/docs/scale.md"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/kormelin-segment" COMPONENT tools)
+    install(DIRECTORY "${PROJECT_SOURCE_DIR}/contrib" USE_SOURCE_PERMISSIONS
         DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/kormelin-segment" COMPONENT tools)
 endif()
 include(cmake/ManPages.cmake)
