@@ -29,6 +29,9 @@ constexpr std::size_t nMostErrorText = 300; // the end of what the command compl
 constexpr int nPause = 5;                   // milliseconds between looks at a command that has closed its output
 constexpr int nLongPause = 100; // and at one that has not, but may have ended and left the output to a child
 
+// Who ends a whole job, such as a batch system, signals all of its processes, and may reach the command first.
+constexpr int nAwaitedStop = 2000; // milliseconds
+
 [[noreturn]] void CannotStart(int nError)
 {
     throw ClPictureError(FPC_ERROR_FROM_SYSTEM_FUNCTION, "the decoder cannot be started: " + SystemText(nError));
@@ -187,6 +190,17 @@ void CheckStop()
 {
     if (ClStop::IsAsked()) throw ClPictureError(FPC_ERROR_READ_FAIL, "the run was stopped");
 }
+
+// A command that somebody has ended tells nothing about its picture if this process is about to be ended, too.
+void CheckStopBehind(int nStatus)
+{
+    // Shells tell by their own status what ended the command they ran.
+    const int nSignal = WIFSIGNALED(nStatus) ? WTERMSIG(nStatus) : WEXITSTATUS(nStatus) - 128;
+    if (nSignal != SIGHUP && nSignal != SIGINT && nSignal != SIGKILL && nSignal != SIGTERM) return;
+    pollfd cWait = {ClStop::Descriptor(), POLLIN, 0};
+    poll(&cWait, 1, nAwaitedStop);
+    CheckStop();
+}
 } // namespace
 
 Bytes_t Decode(const std::string& sCommand, const std::string& sFile, double dSeconds)
@@ -235,6 +249,7 @@ Bytes_t Decode(const std::string& sCommand, const std::string& sFile, double dSe
     }
 
     const int nStatus = cGroup.Collect();
+    CheckStopBehind(nStatus);
     if (WIFSIGNALED(nStatus))
     {
         throw ClPictureError(FPC_ERROR_UNKNOWN_CODEC, "the decoder was ended by signal " +

@@ -143,6 +143,19 @@ for signal in INT:130 TERM:143 HUP:129; do
     rm signal.json
 done
 
+# --- all processes of a run ended at the same time, and the decoder a little earlier: that is nothing about its picture
+printf 'no picture' >ended.wsq
+# shellcheck disable=SC2016 # for the decoder's shell
+ended='setsid sh -c ": >escaped; sleep 0.1; kill -s TERM $PPID" >/dev/null 2>&1 &
+until [ -e escaped ]; do sleep 0.01; done
+rm escaped
+'
+# shellcheck disable=SC2016
+for ending in 'kill -s TERM $$' 'kill -s KILL $$' 'exit 143'; do
+    run 143 -q --format json --output ended.json --decoder "$ended$ending" slaps/00001.bmp ended.wsq slaps/00002.bmp
+    [ "$(wc -l <ended.json)" -eq 1 ] || fail "a decoder that ends with its run: $(<ended.json)"
+done
+
 # --- a page that cannot be, or is not to be
 run 4 -r slaps --report no/page.html
 says "no folder" "no/page.html"
