@@ -4,7 +4,7 @@
 # as an array of 8 tasks of a one-node Slurm, and on two "machines" by GNU parallel over ssh. Undisturbed and with tasks
 # that are requeued, killed and started again in the middle, results and pictures must be those of a single run, byte
 # for byte. Slurm, munge and sshd are Debian's, with configuration, keys and state in a temporary folder and on free
-# ports of the loopback interface; at the end, whatever it is, they are stopped and gone. Needs root. About three
+# ports of the loopback interface; at the end, whatever it is, they are stopped and gone. Needs root. About two
 # minutes.
 set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
@@ -40,20 +40,15 @@ await()
     done
 }
 
-# Processes that work in the temporary folder, or know it from their arguments or their environment: all that were
-# started here but this shell.
+# Processes that work in the temporary folder, have a file of it open, or know it from their arguments or environment:
+# all that were started here.
 processes()
 {
-    local process
-    for process in /proc/[0-9]*; do
-        case ${process#/proc/} in $$ | "$BASHPID") continue ;; esac
-        if [[ $(readlink "$process/cwd" 2>/dev/null) == "$folder"* ]] ||
-            grep -qaF -- "$folder" "$process/cmdline" "$process/environ" 2>/dev/null; then
-            # A child of this shell that is not yet another program has the shell's arguments.
-            [ -s "$process/cmdline" ] && echo "${process#/proc/}"
-        fi
-    done
-    return 0
+    {
+        find /proc/[0-9]*/cwd /proc/[0-9]*/fd -maxdepth 1 -lname "$folder*" 2>/dev/null
+        # It must not find itself.
+        grep -laF -f - -- /proc/[0-9]*/cmdline /proc/[0-9]*/environ <<<"$folder" 2>/dev/null
+    } | cut -d / -f 3 | sort -u
 }
 none_left()
 {
@@ -80,9 +75,18 @@ stop_all()
         tail -n 15 "$folder"/*.log "$folder"/run-*/*.out >&2
         echo "FAILED: $failure" >&2
     fi
+    if [ -n "${SLURM_CONF:-}" ]; then
+        timeout 20 scancel --user=root --signal=KILL --full
+        for ((i = 0; i < 100; ++i)); do
+            [ -n "$(timeout 5 squeue -h)" ] || break
+            sleep 0.1
+        done
+    fi
+    unset SLURM_CONF PARALLEL_SSH PARALLEL_HOME OLDPWD # by which those that look would be found
     [ ${#daemons[@]} -eq 0 ] || kill "${daemons[@]}" 2>/dev/null
     for ((i = 0; i < 100; ++i)); do
         none_left && break
+        [ "$status" -eq 0 ] || kill $(processes) 2>/dev/null
         sleep 0.1
     done
     for process in $(processes); do
