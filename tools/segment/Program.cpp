@@ -121,7 +121,7 @@ private:
         if (m_cReport.IsOpen()) m_cReport.Add(ReportCard(cResult, cWork.m_sThumbnailUri));
         m_cOutput.Write(m_pWriter->Record(cResult));
         m_cTally.Add(cResult.m_eOutcome);
-        if (cResult.m_eOutcome != EOutcome::eSegmented)
+        if (cResult.m_eOutcome != EOutcome::eSegmented && !m_bResultsSeen)
         {
             m_cMessages.Tell(EscapeText(cResult.m_sInput) + ": " + EscapeText(cResult.m_sMessage));
         }
@@ -138,6 +138,9 @@ private:
     }
 
     const ClOptions& m_cOptions;
+    // People who read the results as they come need not be told twice.
+    const bool m_bResultsSeen = m_cOptions.m_eRecords == ERecords::eText && m_cOptions.m_sOutput.empty() &&
+                                isatty(STDOUT_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
     ClMessages m_cMessages;
     std::unique_ptr<ClRecordWriter> m_pWriter;
     std::unique_ptr<ClInputList> m_pList;

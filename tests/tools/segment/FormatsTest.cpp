@@ -6,6 +6,7 @@
 
 #include "RDTools/Exception.hpp"
 
+#include <algorithm>
 #include <memory>
 
 using namespace SegmentTool;
@@ -383,6 +384,18 @@ TEST(FormatsJp2, EveryKindBecomesGrey)
         }
     }
     ExpectPels(0, *Read(Jp2File(RandomRaster(3, 3), 0)));
+}
+
+TEST(FormatsJp2, WithoutTheScannersResolutionThatForShowingCounts)
+{
+    Bytes_t aFile = Jp2File(RandomRaster(3, 3), 12345);
+    const Bytes_t aName = FromText("resc");
+    const auto itName = std::search(aFile.begin(), aFile.end(), aName.begin(), aName.end());
+    ASSERT_NE(aFile.end(), itName);
+    itName[3] = 'd';
+    ExpectPels(12345, *Read(aFile));
+    itName[-5] = 0; // no room for the whole box
+    EXPECT_EQ(0, CodeOf(aFile)) << "the pixels are there all the same";
 }
 
 TEST(FormatsJp2, AnotherNumberOfPlanesIsRefused)

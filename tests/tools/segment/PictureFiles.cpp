@@ -28,7 +28,7 @@ namespace PictureFiles
 namespace
 {
 // Rows of packed samples, the first one in the highest bits, 16 bits with the higher byte first.
-Bytes_t PackedRow(const ClRaster& cRaster, int y)
+[[maybe_unused]] Bytes_t PackedRow(const ClRaster& cRaster, int y)
 {
     Bytes_t aRow;
     unsigned int nBuffer = 0;
@@ -47,7 +47,7 @@ Bytes_t PackedRow(const ClRaster& cRaster, int y)
     return aRow;
 }
 
-void Demand(bool bDone, const char* szWhat)
+[[maybe_unused]] void Demand(bool bDone, const char* szWhat)
 {
     if (!bDone) throw std::runtime_error(szWhat);
 }
