@@ -41,7 +41,7 @@ same_fingers()
     echo "$what: two fingers"
 }
 
-"$cmake" -S "$examples/consumer" -B "$folder/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_C_COMPILER="$cc" \
+"$cmake" -G Ninja -S "$examples/consumer" -B "$folder/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_C_COMPILER="$cc" \
     -DCMAKE_CXX_COMPILER="$cxx" >"$folder/log" 2>&1 || fail "$(cat "$folder/log")"
 "$cmake" --build "$folder/consumer" >"$folder/log" 2>&1 || fail "$(cat "$folder/log")"
 same_fingers "CMake, C" "$folder/consumer/segment" -o "$folder" "$sample"
