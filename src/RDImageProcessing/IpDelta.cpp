@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <type_traits>
+#include <typeinfo>
 
 namespace
 {
-/// From this overlap on the table of all pairs pays for itself.
+/// From this overlap on the table of all pairs pays for itself, where GetValue tells what stands in it.
 constexpr long nMostDirectPixels = 90000;
 
 /// The working type of a sample type: signed and of the next size.
@@ -89,11 +90,24 @@ long ClIpDelta::DoProcess(ClImage& cIn1, ClImage& cIn2, ClImage& cOut, long nWid
                               });
 }
 
+/// Whether the table would hold the distances of all pairs of bytes: no derived class has another operator, the inputs'
+/// values are told from 0 on, and the output's bounds are numbers of its type.
+bool ClIpDelta::HasPlainTable(const ClImage& cIn1, const ClImage& cIn2, const ClImage& cOut) const
+{
+    const auto hasRange = [](const ClImage& cImage)
+    {
+        ClImage cType;
+        cType.BlackWhiteFromType(cImage.m_eDataType);
+        return cImage.m_dBlack == cType.m_dBlack && cImage.m_dWhite == cType.m_dWhite;
+    };
+    return typeid(*this) == typeid(ClIpDelta) && hasRange(cIn1) && hasRange(cIn2) && hasRange(cOut);
+}
+
 template <class TCalc, class T1>
 long ClIpDelta::DispatchDefault(ClImage& cIn1, ClImage& cIn2, ClImage& cOut, const StOverlap& c)
 {
     if (std::is_same_v<T1, unsigned char> && cIn2.m_eDataType == ClImage::eUInt8 && m_nOverlapWidth > 0 &&
-        m_nOverlapHeight > nMostDirectPixels / m_nOverlapWidth)
+        m_nOverlapHeight > nMostDirectPixels / m_nOverlapWidth && !HasPlainTable(cIn1, cIn2, cOut))
     {
         return DispatchLUT<unsigned char, unsigned char>(cIn1, cIn2, cOut, c);
     }
@@ -118,6 +132,18 @@ long ClIpDelta::Default(ClImage& cIn1, ClImage& cIn2, ClImage& cOut, const StOve
     const TOut tWhite = CastSample<TOut>(cOut.m_dWhite);
     const TOut tLow = std::min(tBlack, tWhite);
     const TOut tHigh = std::max(tBlack, tWhite);
+    if constexpr (std::is_same_v<T1, unsigned char> && std::is_same_v<T2, unsigned char> &&
+                  std::is_same_v<TOut, unsigned char>)
+    {
+        // In bytes throughout, of which vectors hold the most.
+        CombineOverlap<T1, T2, TOut>(ClOverlapRows(cIn1, cIn2, cOut, c),
+                                     [=](T1 t1, T2 t2)
+                                     {
+                                         const auto tDistance = static_cast<TOut>(std::max(t1, t2) - std::min(t1, t2));
+                                         return std::min(std::max(tDistance, tLow), tHigh);
+                                     });
+        return FPC_SUCCESS;
+    }
     CombineOverlap<T1, T2, TOut>(
         ClOverlapRows(cIn1, cIn2, cOut, c), [=](T1 t1, T2 t2)
         { return Clamp<TCompare>(Distance(CastSample<TCalc>(t1), CastSample<TCalc>(t2)), tLow, tHigh); });

@@ -14,7 +14,8 @@ ClSpanMean::ClSpanMean(std::int64_t nSpan) : m_nSpan(nSpan)
         // n samples add up to s of at most 255 n. With m = ceil(2^16 / n), m n - 2^16 is below n, and
         // floor(s m / 2^16) = floor(s / n) as long as s times that excess is below 2^16: 255 * 16 * 15 = 61200.
         m_nWhole = static_cast<int>(nSpan / nOne);
-        m_nWholeReciprocal = (65536u + static_cast<unsigned int>(m_nWhole) - 1) / static_cast<unsigned int>(m_nWhole);
+        const auto n = static_cast<unsigned int>(m_nWhole);
+        m_nWholeReciprocal = static_cast<std::uint16_t>((65536u + n - 1) / n);
     }
     // The same with s of at most 255 span and m = floor(2^48 / span) + 1, whose excess is at most the span: exact while
     // 255 span^2 is below 2^48, and s m stays below 2^57.
@@ -71,68 +72,127 @@ void ClSpanMean::ReduceWhole(const unsigned char* pIn, int nIn, unsigned char* p
 #if defined(__SSE2__)
 namespace
 {
-/// Sums of the eight bytes at pLow and at pHigh under the mask, in the two halves.
-inline __m128i TwoSums(const unsigned char* pLow, const unsigned char* pHigh, __m128i cMask)
+/// How a span of nWhole samples is read: from so many bytes off its start on, and which of the bytes count.
+struct StLoad
 {
-    const __m128i cLow = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pLow));
-    const __m128i cHigh = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pHigh));
-    return _mm_sad_epu8(_mm_and_si128(_mm_unpacklo_epi64(cLow, cHigh), cMask), _mm_setzero_si128());
+    std::ptrdiff_t nOffset;
+    __m128i cMask;
+};
+
+/// The lowest n of eight bytes.
+constexpr std::uint64_t Bytes(int n)
+{
+    return n >= 8 ? ~std::uint64_t(0) : (std::uint64_t(1) << (8 * n)) - 1;
 }
 
-/// The same where a sum takes more than eight bytes.
-inline __m128i TwoWideSums(const unsigned char* pLow, const unsigned char* pHigh, __m128i cMask)
+__m128i Mask(std::uint64_t nLow, std::uint64_t nHigh)
 {
-    const auto halves = [cMask](const unsigned char* p)
-    {
-        const __m128i cBytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-        return _mm_sad_epu8(_mm_and_si128(cBytes, cMask), _mm_setzero_si128());
-    };
-    const __m128i cLow = halves(pLow);
-    const __m128i cHigh = halves(pHigh);
-    return _mm_add_epi64(_mm_unpacklo_epi64(cLow, cHigh), _mm_unpackhi_epi64(cLow, cHigh));
+    return _mm_set_epi64x(static_cast<std::int64_t>(nHigh), static_cast<std::int64_t>(nLow));
+}
+
+/// Sums of the bytes under the mask, in the two halves.
+__m128i SumHalves(__m128i cBytes, __m128i cMask)
+{
+    return _mm_sad_epu8(_mm_and_si128(cBytes, cMask), _mm_setzero_si128());
 }
 
 /// Four sums from twice two.
-inline __m128i Gather(__m128i a, __m128i b)
+__m128i Gather(__m128i a, __m128i b)
 {
     return _mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), _MM_SHUFFLE(2, 0, 2, 0)));
+}
+
+/// Spans of up to eight samples, one in each half.
+struct ClNarrowSpans
+{
+    static constexpr std::ptrdiff_t Reach(int n) { return 7 * n + 8; } // of eight spans
+    static StLoad FromStart(int n) { return {0, Mask(Bytes(n), Bytes(n))}; }
+    static StLoad ToEnd(int n) { return {n - 8, Mask(~Bytes(8 - n), ~Bytes(8 - n))}; }
+    static __m128i Four(const unsigned char* p, std::ptrdiff_t n, __m128i cMask)
+    {
+        const auto two = [cMask](const unsigned char* pLow, const unsigned char* pHigh)
+        {
+            const __m128i cLow = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pLow));
+            const __m128i cHigh = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pHigh));
+            return SumHalves(_mm_unpacklo_epi64(cLow, cHigh), cMask);
+        };
+        return Gather(two(p, p + n), two(p + 2 * n, p + 3 * n));
+    }
+};
+
+/// Spans of four or five samples: of sixteen bytes the lower half holds the first span and the upper half the third.
+struct ClSpansOfFive
+{
+    static constexpr std::ptrdiff_t Reach(int n) { return 5 * n + 16; }
+    static StLoad FromStart(int n) { return {0, Mask(Bytes(n), Bytes(n) << (8 * (2 * n - 8)))}; }
+    static StLoad ToEnd(int n) { return {3 * n - 16, Mask(Bytes(n) << (8 * (16 - 3 * n)), ~Bytes(8 - n))}; }
+    static __m128i Four(const unsigned char* p, std::ptrdiff_t n, __m128i cMask)
+    {
+        const __m128i cEven = SumHalves(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)), cMask);
+        const __m128i cOdd = SumHalves(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + n)), cMask);
+        return _mm_or_si128(cEven, _mm_slli_epi64(cOdd, 32));
+    }
+};
+
+/// Spans of nine to sixteen samples.
+struct ClWideSpans
+{
+    static constexpr std::ptrdiff_t Reach(int n) { return 7 * n + 16; }
+    static StLoad FromStart(int n) { return {0, Mask(Bytes(8), Bytes(n - 8))}; }
+    static StLoad ToEnd(int n) { return {n - 16, Mask(~Bytes(16 - n), Bytes(8))}; }
+    static __m128i Four(const unsigned char* p, std::ptrdiff_t n, __m128i cMask)
+    {
+        const auto two = [cMask](const unsigned char* pLow, const unsigned char* pHigh)
+        {
+            const __m128i cLow = SumHalves(_mm_loadu_si128(reinterpret_cast<const __m128i*>(pLow)), cMask);
+            const __m128i cHigh = SumHalves(_mm_loadu_si128(reinterpret_cast<const __m128i*>(pHigh)), cMask);
+            return _mm_add_epi64(_mm_unpacklo_epi64(cLow, cHigh), _mm_unpackhi_epi64(cLow, cHigh));
+        };
+        return Gather(two(p, p + n), two(p + 2 * n, p + 3 * n));
+    }
+};
+
+/// The means of spans, eight at a time; returns how many. The first eight are read from their starts on, which stays
+/// within the row, all others to their ends; the last eight overlap those before.
+template <class Spans>
+int MeansByBlocks(const unsigned char* pIn, int nIn, int nWhole, std::uint16_t nReciprocal, unsigned char* pOut,
+                  int nOut)
+{
+    if (nOut < 8 || Spans::Reach(nWhole) > nIn)
+    {
+        return 0;
+    }
+    const std::ptrdiff_t n = nWhole;
+    const __m128i cReciprocal = _mm_set1_epi16(static_cast<short>(nReciprocal));
+    const auto block = [=](int k, const StLoad& cLoad)
+    {
+        const unsigned char* const p = pIn + k * n + cLoad.nOffset;
+        const __m128i cSums = _mm_packs_epi32(Spans::Four(p, n, cLoad.cMask), Spans::Four(p + 4 * n, n, cLoad.cMask));
+        const __m128i cMeans = _mm_mulhi_epu16(cSums, cReciprocal);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(pOut + k), _mm_packus_epi16(cMeans, cMeans));
+    };
+    block(0, Spans::FromStart(nWhole));
+    const StLoad cLoad = Spans::ToEnd(nWhole);
+    int k = 8;
+    for (; k + 8 <= nOut; k += 8)
+    {
+        block(k, cLoad);
+    }
+    if (k < nOut && (nOut - 8) * n + cLoad.nOffset >= 0)
+    {
+        block(nOut - 8, cLoad);
+        k = nOut;
+    }
+    return k;
 }
 } // namespace
 
 int ClSpanMean::ReduceWholeByBlocks(const unsigned char* pIn, int nIn, unsigned char* pOut, int nOut) const
 {
-    // A load takes 8 or 16 bytes from the start of a span; the last one must end within the row.
-    const bool bWide = m_nWhole > 8;
-    const int nLoad = bWide ? 16 : 8;
-    const int nSafe = nIn < nLoad ? 0 : std::min(nOut, (nIn - nLoad) / m_nWhole + 1);
-    alignas(16) unsigned char aMask[16];
-    for (int i = 0; i < 16; ++i)
-    {
-        aMask[i] = i % nLoad < m_nWhole ? 255 : 0;
-    }
-    const __m128i cMask = _mm_load_si128(reinterpret_cast<const __m128i*>(aMask));
-    const __m128i cReciprocal = _mm_set1_epi16(static_cast<short>(m_nWholeReciprocal));
-    const std::ptrdiff_t n = m_nWhole;
-    int k = 0;
-    for (; k + 8 <= nSafe; k += 8)
-    {
-        const unsigned char* p = pIn + k * n;
-        __m128i a;
-        __m128i b;
-        if (bWide)
-        {
-            a = Gather(TwoWideSums(p, p + n, cMask), TwoWideSums(p + 2 * n, p + 3 * n, cMask));
-            b = Gather(TwoWideSums(p + 4 * n, p + 5 * n, cMask), TwoWideSums(p + 6 * n, p + 7 * n, cMask));
-        }
-        else
-        {
-            a = Gather(TwoSums(p, p + n, cMask), TwoSums(p + 2 * n, p + 3 * n, cMask));
-            b = Gather(TwoSums(p + 4 * n, p + 5 * n, cMask), TwoSums(p + 6 * n, p + 7 * n, cMask));
-        }
-        const __m128i cMeans = _mm_mulhi_epu16(_mm_packs_epi32(a, b), cReciprocal);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(pOut + k), _mm_packus_epi16(cMeans, cMeans));
-    }
-    return k;
+    const auto blocks = m_nWhole > 8                     ? MeansByBlocks<ClWideSpans>
+                        : m_nWhole == 4 || m_nWhole == 5 ? MeansByBlocks<ClSpansOfFive>
+                                                         : MeansByBlocks<ClNarrowSpans>;
+    return blocks(pIn, nIn, m_nWhole, m_nWholeReciprocal, pOut, nOut);
 }
 #else
 int ClSpanMean::ReduceWholeByBlocks(const unsigned char*, int, unsigned char*, int) const
@@ -168,6 +228,28 @@ void ClSpanMean::ReduceShared(const unsigned char* pIn, int nIn, unsigned char* 
     }
 }
 
+namespace
+{
+void AddRow(const unsigned char* __restrict pIn, std::uint16_t* __restrict pSum, std::ptrdiff_t nCount)
+{
+    for (std::ptrdiff_t x = 0; x < nCount; ++x)
+    {
+        pSum[x] = static_cast<std::uint16_t>(pSum[x] + pIn[x]);
+    }
+}
+
+/// The means of whole spans; their sums begin anew.
+void TakeMeans(std::uint16_t* __restrict pSum, std::uint16_t nReciprocal, unsigned char* __restrict pOut,
+               std::ptrdiff_t nCount)
+{
+    for (std::ptrdiff_t x = 0; x < nCount; ++x)
+    {
+        pOut[x] = ClSpanMean::WholeQuotient(pSum[x], nReciprocal);
+        pSum[x] = 0;
+    }
+}
+} // namespace
+
 ClColumnSpanMean::ClColumnSpanMean(std::int64_t nSpan, int nWidth) : m_cMean(nSpan), m_nWidth(nWidth)
 {
     const auto nColumns = static_cast<unsigned long>(nWidth);
@@ -191,19 +273,12 @@ bool ClColumnSpanMean::Add(const unsigned char* pIn, unsigned char* pOut)
 bool ClColumnSpanMean::AddWhole(const unsigned char* pIn, unsigned char* pOut)
 {
     std::uint16_t* const pSum = m_anWholeSum.m_pData;
-    for (int x = 0; x < m_nWidth; ++x)
-    {
-        pSum[x] = static_cast<std::uint16_t>(pSum[x] + pIn[x]);
-    }
+    AddRow(pIn, pSum, m_nWidth);
     if (++m_nFilled < m_cMean.m_nWhole)
     {
         return false;
     }
-    for (int x = 0; x < m_nWidth; ++x)
-    {
-        pOut[x] = m_cMean.WholeQuotient(pSum[x]);
-        pSum[x] = 0;
-    }
+    TakeMeans(pSum, m_cMean.m_nWholeReciprocal, pOut, m_nWidth);
     m_nFilled = 0;
     return true;
 }

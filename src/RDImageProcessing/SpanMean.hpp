@@ -30,13 +30,15 @@ public:
     }
 
     /// The same of m_nWhole samples that add up to nSum.
-    unsigned char WholeQuotient(unsigned int nSum) const
+    unsigned char WholeQuotient(unsigned int nSum) const { return WholeQuotient(nSum, m_nWholeReciprocal); }
+    static unsigned char WholeQuotient(unsigned int nSum, std::uint16_t nReciprocal)
     {
-        return static_cast<unsigned char>((nSum * m_nWholeReciprocal) >> 16);
+        return static_cast<unsigned char>((nSum * nReciprocal) >> 16);
     }
 
     std::int64_t m_nSpan;
     int m_nWhole = 0; ///< the samples of a span of 2 to nMostWhole whole samples, else 0
+    std::uint16_t m_nWholeReciprocal = 0;
 
 private:
     static constexpr int nReciprocalBits = 48;
@@ -46,7 +48,6 @@ private:
     void ReduceShared(const unsigned char* pIn, int nIn, unsigned char* pOut, int nOut) const;
 
     std::uint64_t m_nReciprocal = 0; ///< 0 where the division itself is needed
-    unsigned int m_nWholeReciprocal = 0;
 };
 
 /// The same down the columns, row by row: source rows go in, and now and then a row of means comes out.

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <utility>
 
 namespace
 {
@@ -127,6 +128,65 @@ TEST(IpDelta, MoreThan90000PixelsTakeTheTableWithTheSameResult)
         EXPECT_EQ(0, cDelta.ApplyParam(cIn1, cIn2, cOut, 255));
         EXPECT_EQ(cCase.nCalls, cDelta.m_nCalls);
         EXPECT_TRUE(SamePixels(cExpected, cOut));
+    }
+}
+
+TEST(IpDelta, WithAndWithoutATableTheBitsAreTheSameWhateverTheRanges)
+{
+    const struct
+    {
+        double dBlack;
+        double dWhite;
+    } aRanges[] = {{0, 255}, {0, 254}, {1, 255}, {10, 200}, {255, 0}, {-3, 252}, {0.5, 255.5}, {NAN, 255}, {0, NAN}};
+    for (const auto& cRange1 : aRanges)
+    {
+        for (const auto& cRange2 : aRanges)
+        {
+            ClImage cIn1, cIn2;
+            MakeRandom(cIn1, ClImage::eUInt8, 301, 300, 1, 1);
+            MakeRandom(cIn2, ClImage::eUInt8, 301, 300, 1, 2);
+            cIn1.m_dBlack = cRange1.dBlack;
+            cIn1.m_dWhite = cRange1.dWhite;
+            cIn2.m_dBlack = cRange2.dBlack;
+            cIn2.m_dWhite = cRange2.dWhite;
+            for (const unsigned char nOutType : {ClImage::eUInt8, ClImage::eSInt8, ClImage::eFloat32})
+            {
+                ClImage cTable, cOut;
+                ClCounting cDelta; // a class of its own always takes the table
+                EXPECT_EQ(0, cDelta.ApplyParam(cIn1, cIn2, cTable, nOutType));
+                EXPECT_EQ(0, ClIpDelta().ApplyParam(cIn1, cIn2, cOut, nOutType));
+                ASSERT_TRUE(SamePixels(cTable, cOut))
+                    << cRange1.dBlack << ' ' << cRange1.dWhite << ' ' << cRange2.dBlack << ' ' << cRange2.dWhite;
+            }
+        }
+    }
+}
+
+TEST(IpDelta, LargeImagesAreHeldToAnyRangeOfTheOutput)
+{
+    ClImage cIn1, cIn2;
+    MakeRandom(cIn1, ClImage::eUInt8, 301, 300, 1, 1);
+    MakeRandom(cIn2, ClImage::eUInt8, 301, 300, 1, 2);
+    for (const auto& [dBlack, dWhite] : {std::pair(0.0, 255.0), std::pair(100.9, 200.9), std::pair(200.9, 100.9)})
+    {
+        ClImage cOut;
+        cOut.NewWithType(cIn1, ClImage::eUInt8);
+        cOut.m_dBlack = dBlack;
+        cOut.m_dWhite = dWhite;
+        ClIpDelta cDelta;
+        cDelta.m_nOverlapWidth = 301;
+        cDelta.m_nOverlapHeight = 300;
+        EXPECT_EQ(0, cDelta.DoProcess(cIn1, cIn2, cOut, 301, 300, 1, 1, 0, cIn1.Stride(), 0, cIn2.Stride(), 0,
+                                      cOut.Stride()));
+        for (int y = 0; y < 300; ++y)
+        {
+            for (int x = 0; x < 301; ++x)
+            {
+                const double d = std::abs(SampleAt<unsigned char>(cIn1, x, y) - SampleAt<unsigned char>(cIn2, x, y));
+                const double dHeld = std::max(std::min(dBlack, dWhite), std::min(std::max(dBlack, dWhite), d));
+                ASSERT_EQ(std::trunc(dHeld), SampleAt<unsigned char>(cOut, x, y)) << dBlack << " to " << dWhite;
+            }
+        }
     }
 }
 

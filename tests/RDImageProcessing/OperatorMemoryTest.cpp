@@ -157,8 +157,12 @@ TEST(OperatorMemory, TwoInputsWithAndWithoutATable)
     ClImage cLarge, cLargeOther;
     FillRandom8(cLarge, 301, 300, 7);
     FillRandom8(cLargeOther, 301, 300, 8);
-    ExpectFailuresPass<ClIpDelta>(cLarge, [&](ClIpDelta& cOperator, ClImage& cFrom, ClImage& cTo)
-                                  { return cOperator.ApplyParam(cFrom, cLargeOther, cTo, 255); });
+    for (const double dWhite : {255.0, 254.0}) // with a range of its own it takes a table
+    {
+        cLarge.m_dWhite = dWhite;
+        ExpectFailuresPass<ClIpDelta>(cLarge, [&](ClIpDelta& cOperator, ClImage& cFrom, ClImage& cTo)
+                                      { return cOperator.ApplyParam(cFrom, cLargeOther, cTo, 255); });
+    }
 }
 
 TEST(OperatorMemory, RescalingInEveryMode)
