@@ -70,7 +70,7 @@ long_steps()
 # itself, or "program".
 faults()
 {
-    local kind=$1 file=$2 of_segments of_imports libraries=$platform plain='snprintf|v?s?printf|v?fprintf|str(n?cpy|n?cat)'
+    local kind=$1 file=$2 of_segments of_imports libraries=$platform plain='snprintf|v?s?printf|v?fprintf'
     of_segments=$(segments "$file")
     of_imports=$(imports "$file")
     grep -qx 'GNU_RELROR' <<<"$of_segments" || echo relro
