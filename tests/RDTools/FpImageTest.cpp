@@ -173,6 +173,22 @@ TEST(FpImage, SizesThatWereRefusedAreNotTakenForTheSizeOfTheBlock)
     EXPECT_RAISES_CODE(cImage.NewWithType(1, -1000, -1000, 1, 0, 0), -101);
 }
 
+TEST(FpImage, WithoutRowsNoWidthIsTooLarge)
+{
+    for (const int nWidth : {0x40000000, 0x40000001, 0x7fffffff}) // 4 samples of each make a stride of 0, 4 and -4
+    {
+        ClImage cImage;
+        cImage.NewWithType(4, nWidth, 0, 1, 0, 0);
+        EXPECT_EQ(nWidth, cImage.m_nWidth);
+        EXPECT_EQ(nullptr, cImage.Data());
+        EXPECT_TRUE(cImage.IsValid());
+    }
+    ClImage cImage(3, 3, 1, 0, 0);
+    cImage.NewWithType(4, 0x40000001, 0, 1, 0, 0);
+    EXPECT_EQ(nullptr, cImage.Data());
+    EXPECT_RAISES_CODE(ClImage(3, 3, 1, 0, 0).NewWithType(1, 0x7fffffff, 0, 1, 0, 0), -101); // a negative stride
+}
+
 TEST(FpImage, SizeThatNoRowCanHoldIsBadAlloc)
 {
     ClImage cImage(3, 3, 1, 0, 0);
