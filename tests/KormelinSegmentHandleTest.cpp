@@ -22,7 +22,7 @@ long Long(ClKormelinSegmentHandle& cHandle, const char* szName)
 }
 
 /// Gives a copy of a packed block to the handle.
-void Fill(ClKormelinSegmentHandle& cHandle, std::vector<unsigned char> aBlock)
+void Fill(ClKormelinSegmentHandle& cHandle, ClGuardedVector aBlock)
 {
     ClBitmap cBitmap;
     cBitmap.Attach(aBlock.data(), aBlock.size());
@@ -130,7 +130,7 @@ TEST(KormelinSegmentHandle, BitmapComesBackAsOneBlock)
 {
     for (const auto& [nWidth, nHeight] : {std::pair(1, 1), std::pair(3, 2), std::pair(4, 5), std::pair(101, 7)})
     {
-        const std::vector<unsigned char> aBlock = PackedBitmap(nWidth, nHeight, 8);
+        const ClGuardedVector aBlock = PackedBitmap(nWidth, nHeight, 8);
         ClKormelinSegmentHandle cHandle;
         Fill(cHandle, aBlock);
         ASSERT_EQ(40ul + 1024ul + static_cast<unsigned long>((nWidth + 3) / 4 * 4 * nHeight), NeededSize(cHandle));
@@ -149,10 +149,10 @@ TEST(KormelinSegmentHandle, BitmapComesBackAsOneBlock)
 TEST(KormelinSegmentHandle, SizeOneByteTooSmallLeavesTheBufferAlone)
 {
     ClKormelinSegmentHandle cHandle;
-    const std::vector<unsigned char> aBlock = PackedBitmap(5, 3, 8);
+    const ClGuardedVector aBlock = PackedBitmap(5, 3, 8);
     Fill(cHandle, aBlock);
-    std::vector<unsigned char> aTarget(aBlock.size(), 0x5A);
-    const std::vector<unsigned char> aBefore = aTarget;
+    ClGuardedVector aTarget(aBlock.size(), 0x5A);
+    const ClGuardedVector aBefore = aTarget;
     unsigned long nSize = aBlock.size() - 1;
     EXPECT_RAISES(cHandle.GetBitmap(reinterpret_cast<tagBITMAPINFOHEADER*>(aTarget.data()), &nSize), ClExVelmarin, -21,
                   szTooSmall);
@@ -179,7 +179,7 @@ TEST(KormelinSegmentHandle, SizeCountsTheTableOfEveryDepth)
     for (const ClCase& c : aCases)
     {
         ClKormelinSegmentHandle cHandle;
-        const std::vector<unsigned char> aBlock = PackedBitmap(7, 3, c.m_nBits, c.m_nCompression, c.m_nClrUsed);
+        const ClGuardedVector aBlock = PackedBitmap(7, 3, c.m_nBits, c.m_nCompression, c.m_nClrUsed);
         Fill(cHandle, aBlock);
         const auto nRow = static_cast<unsigned long>((c.m_nBits * 7 + 31) / 32 * 4);
         EXPECT_EQ(40ul + c.m_nTable + 3 * nRow, NeededSize(cHandle)) << c.m_nBits << " bits";
@@ -190,18 +190,18 @@ TEST(KormelinSegmentHandle, SizeCountsTheTableOfEveryDepth)
 TEST(KormelinSegmentHandle, BitmapIsACopyThatASecondOneReplaces)
 {
     ClKormelinSegmentHandle cHandle;
-    std::vector<unsigned char> aFirst = PackedBitmap(9, 9, 8, 0, 0, 1);
-    const std::vector<unsigned char> aUntouched = aFirst;
+    ClGuardedVector aFirst = PackedBitmap(9, 9, 8, 0, 0, 1);
+    const ClGuardedVector aUntouched = aFirst;
     ClBitmap cBitmap;
     cBitmap.Attach(aFirst.data(), aFirst.size());
     cHandle.SetBitmap(cBitmap);
     aFirst.assign(aFirst.size(), 0); // the source goes, the copy stays
-    std::vector<unsigned char> aTarget(aUntouched.size());
+    ClGuardedVector aTarget(aUntouched.size());
     unsigned long nSize = aTarget.size();
     cHandle.GetBitmap(reinterpret_cast<tagBITMAPINFOHEADER*>(aTarget.data()), &nSize);
     EXPECT_EQ(aUntouched, aTarget);
 
-    const std::vector<unsigned char> aSecond = PackedBitmap(2, 3, 8, 0, 0, 2);
+    const ClGuardedVector aSecond = PackedBitmap(2, 3, 8, 0, 0, 2);
     Fill(cHandle, aSecond);
     EXPECT_EQ(aSecond.size(), NeededSize(cHandle));
     aTarget.assign(aSecond.size(), 0);

@@ -12,7 +12,7 @@
 
 namespace
 {
-using Block = std::vector<unsigned char>;
+using Block = ClGuardedVector;
 
 constexpr char szNoImage[] = "The input image is not valid.";
 constexpr char szPlanes[] = "Number of image planes is invalid. (see documentation).";
@@ -56,9 +56,11 @@ Block Uniform(int nWidth, int nHeight)
     return aBlock;
 }
 
+/// The block is at a guard page, cannot be written, and is gone afterwards.
 void Segment(ClKormelinSegmentationHandle& cHandle, const Block& aBlock)
 {
-    cHandle.SegmentBitmap(Header(aBlock.data()), aBlock.size());
+    const ClReadOnlyBytes cBytes(aBlock);
+    cHandle.SegmentBitmap(Header(cBytes.Data()), cBytes.Size());
 }
 
 Block BitmapOf(ClKormelinSegmentHandle& cSegment)
@@ -196,21 +198,21 @@ TEST(KormelinSegmentationHandle, BlockIsNeverReadBeyondItsSize)
     {
         ClKormelinSegmentationHandle cHandle;
         cHandle.m_nSegmentationMode = 1;
-        const ClGuardedBytes cShort(aBlock.data(), nSize);
+        const ClReadOnlyBytes cShort(aBlock.data(), nSize);
         EXPECT_RAISES(cHandle.SegmentBitmap(Header(cShort.Data()), nSize), ClExVelmarin, -21, szTooSmall);
     }
     ClBiggest cHandle;
-    const ClGuardedBytes cWhole(aBlock.data(), aBlock.size());
+    const ClReadOnlyBytes cWhole(aBlock.data(), aBlock.size());
     cHandle.SegmentBitmap(Header(cWhole.Data()), aBlock.size());
     EXPECT_EQ(1, cHandle.m_nCount);
-    const ClGuardedBytes cShort(aBlock.data(), aBlock.size() - 1);
+    const ClReadOnlyBytes cShort(aBlock.data(), aBlock.size() - 1);
     EXPECT_RAISES(cHandle.SegmentBitmap(Header(cShort.Data()), aBlock.size() - 1), ClExVelmarin, -21, szTooSmall);
 }
 
 TEST(KormelinSegmentationHandle, BlockThatEndsWithItsColourTableHasNoPixels)
 {
     const Block aBlock = OneObject();
-    const ClGuardedBytes cShort(aBlock.data(), 1064);
+    const ClReadOnlyBytes cShort(aBlock.data(), 1064);
     for (const long nMode : {0L, 1L})
     {
         ClBiggest cHandle;
@@ -318,7 +320,7 @@ TEST(KormelinSegmentationHandle, BmpFileInMemoryDoesAsWell)
 {
     ClBiggest cHandle;
     const Block aFile = WithFileHeader(OneObject());
-    const ClGuardedBytes cFile(aFile.data(), aFile.size());
+    const ClReadOnlyBytes cFile(aFile.data(), aFile.size());
     cHandle.SegmentBitmap(Header(cFile.Data()), aFile.size());
     ASSERT_EQ(1u, cHandle.m_aRectangles.Entries());
     EXPECT_EQ(5, cHandle.m_aRectangles[0].left);

@@ -1,8 +1,8 @@
 // The road of a picture through the exported functions, as an application takes it, on drawn slaps whose fingers are
 // known and on real ones.
 
+#include "GuardedSlapRunner.hpp"
 #include "SlapPicture.hpp"
-#include "SlapRun.hpp"
 #include "TestTools.hpp"
 
 #include "VelmarinKormelinSegmentation.h"
@@ -252,7 +252,7 @@ TEST(SegmentationRoad, EveryCallFromInitializeToUninitialize)
 
 TEST(SegmentationRoad, FingersAreFoundWhereTheyWereDrawn)
 {
-    ClSlapRunner cRunner(nFingers);
+    ClGuardedSlapRunner cRunner(nFingers);
     for (const char* szScene : {"one-finger", "two-fingers", "pair-with-palm"})
     {
         SCOPED_TRACE(szScene);
@@ -276,7 +276,7 @@ TEST(SegmentationRoad, ImagesAreThePictureInsideTheirRectangles)
             cPart.m_nTipY += 12000;
         }
         const ClSlapPicture cPicture(cScene);
-        const ClSlapRunResult cResult = ClSlapRunner(nFingers).Run(cPicture.Block());
+        const ClSlapRunResult cResult = ClGuardedSlapRunner(nFingers).Run(cPicture.Block());
         ASSERT_EQ(2u, cResult.m_aSegments.size());
         for (const ClSlapRunResult::ClSegment& cSegment : cResult.m_aSegments)
         {
@@ -294,8 +294,8 @@ TEST(SegmentationRoad, UpperOriginCountsTheUpperEdgeFromTheTop)
         const ClSlapPicture cPicture(Scene(szScene, n500Ppi));
         for (const long nMode : {nFingers, nBiggestObject})
         {
-            const ClSlapRunResult cLower = ClSlapRunner(nMode, nLowerEdge).Run(cPicture.Block());
-            ClSlapRunResult cUpper = ClSlapRunner(nMode, nUpperEdge).Run(cPicture.Block());
+            const ClSlapRunResult cLower = ClGuardedSlapRunner(nMode, nLowerEdge).Run(cPicture.Block());
+            ClSlapRunResult cUpper = ClGuardedSlapRunner(nMode, nUpperEdge).Run(cPicture.Block());
             ASSERT_EQ(FPC_SUCCESS, cLower.m_nCode);
             ASSERT_FALSE(cLower.m_aSegments.empty());
             ASSERT_EQ(cLower.m_aSegments.size(), cUpper.m_aSegments.size());
@@ -364,7 +364,7 @@ TEST(SegmentationRoad, LeaningFingersLieInTheirRectangles)
     {
         SCOPED_TRACE(cCase.m_bTurned ? "turned" : "not turned");
         const ClSlapPicture cPicture(cCase.m_cScene);
-        const ClSlapRunResult cResult = ClSlapRunner(nFingers).Run(cPicture.Block());
+        const ClSlapRunResult cResult = ClGuardedSlapRunner(nFingers).Run(cPicture.Block());
         ASSERT_EQ(FPC_SUCCESS, cResult.m_nCode);
         ASSERT_EQ(2u, cResult.m_aSegments.size());
         for (std::size_t i = 0; i < 2; ++i)
@@ -398,9 +398,11 @@ TEST(SegmentationRoad, MoreThanTwoFingersAreRefusedAndTheHandleGoesOn)
     ASSERT_EQ(FPC_SUCCESS, KSInitialize(nullptr));
     ASSERT_EQ(FPC_SUCCESS, KSCreateSegmentationHandle(&hSegmentation));
     ASSERT_EQ(FPC_SUCCESS, KSCreateSegmentHandle(&hSegment));
-    const auto segment = [&](const std::vector<std::uint8_t>& aBlock) {
-        return KSSegmentBitmap(hSegmentation, reinterpret_cast<const tagBITMAPINFOHEADER*>(aBlock.data()),
-                               aBlock.size());
+    const auto segment = [&](const std::vector<std::uint8_t>& aBlock)
+    {
+        const ClReadOnlyBytes cInput(aBlock);
+        return KSSegmentBitmap(hSegmentation, reinterpret_cast<const tagBITMAPINFOHEADER*>(cInput.Data()),
+                               cInput.Size());
     };
     for (const auto& cRefused : aRefused)
     {
@@ -425,12 +427,12 @@ TEST(SegmentationRoad, MoreThanTwoFingersAreRefusedAndTheHandleGoesOn)
 // What a handle did before leaves no trace in its next result.
 TEST(SegmentationRoad, ResultDoesNotDependOnEarlierRuns)
 {
-    ClSlapRunner cUsed(nFingers);
+    ClGuardedSlapRunner cUsed(nFingers);
     for (const char* szScene :
          {"two-fingers", "three-fingers", "one-finger", "leaning-pair", "two-fingers", "touching-fingers"})
     {
         const std::vector<std::uint8_t> aBlock = ClSlapPicture(Scene(szScene, n200Ppi)).Block();
-        EXPECT_TRUE(ClSlapRunner(nFingers).Run(aBlock) == cUsed.Run(aBlock)) << szScene;
+        EXPECT_TRUE(ClGuardedSlapRunner(nFingers).Run(aBlock) == cUsed.Run(aBlock)) << szScene;
     }
 }
 
@@ -439,11 +441,11 @@ TEST(SegmentationRoad, PictureWithoutAFingerGivesNoSegments)
     // A grid of dots: not uniform, and nothing in it has the size of a finger.
     std::vector<ClSlapRect> aDots;
     for (int x = 100; x < 700; x += 100) aDots.push_back({x, x + 3, x + 3, x});
-    const ClSlapRunResult cResult = ClSlapRunner(nFingers).Run(WhiteBlockWith(800, 800, aDots));
+    const ClSlapRunResult cResult = ClGuardedSlapRunner(nFingers).Run(WhiteBlockWith(800, 800, aDots));
     EXPECT_EQ(FPC_SUCCESS, cResult.m_nCode);
     EXPECT_EQ(0, cResult.m_nCount);
 
-    EXPECT_EQ(FPC_ERROR_BITMAP_NO_FINGER, ClSlapRunner(nFingers).Run(WhiteBlockWith(800, 800, {})).m_nCode);
+    EXPECT_EQ(FPC_ERROR_BITMAP_NO_FINGER, ClGuardedSlapRunner(nFingers).Run(WhiteBlockWith(800, 800, {})).m_nCode);
 }
 
 TEST(SegmentationRoad, BiggestObjectIsCutOutWithoutItsLastColumnAndRow)
@@ -452,7 +454,7 @@ TEST(SegmentationRoad, BiggestObjectIsCutOutWithoutItsLastColumnAndRow)
     const std::vector<std::uint8_t> aBlock = WhiteBlockWith(800, 800, {{650, 700, 700, 100}, cBig, {5, 50, 60, 5}});
     for (const long nOrigin : {nLowerEdge, nUpperEdge})
     {
-        const ClSlapRunResult cResult = ClSlapRunner(nBiggestObject, nOrigin).Run(aBlock);
+        const ClSlapRunResult cResult = ClGuardedSlapRunner(nBiggestObject, nOrigin).Run(aBlock);
         ASSERT_EQ(FPC_SUCCESS, cResult.m_nCode);
         ASSERT_EQ(1, cResult.m_nCount);
         const ClSlapRunResult::ClSegment& cSegment = cResult.m_aSegments.at(0);
@@ -479,7 +481,7 @@ TEST(SegmentationRoad, BiggestObjectOfADrawnSlapIsThePicture)
     {
         SCOPED_TRACE(szScene);
         const ClSlapPicture cPicture(Scene(szScene, n200Ppi));
-        const ClSlapRunResult cResult = ClSlapRunner(nBiggestObject).Run(cPicture.Block());
+        const ClSlapRunResult cResult = ClGuardedSlapRunner(nBiggestObject).Run(cPicture.Block());
         ASSERT_EQ(FPC_SUCCESS, cResult.m_nCode);
         ASSERT_EQ(1, cResult.m_nCount);
         const ClSlapRunResult::ClSegment& cSegment = cResult.m_aSegments.at(0);
@@ -500,7 +502,7 @@ TEST(SegmentationRoad, BareBlockAndWholeFileGiveTheSame)
         const ClSlapPicture cPicture(Scene(szScene, n200Ppi));
         for (const long nMode : {nFingers, nBiggestObject})
         {
-            ClSlapRunner cRunner(nMode);
+            ClGuardedSlapRunner cRunner(nMode);
             const ClSlapRunResult cOfBlock = cRunner.Run(cPicture.Block());
             EXPECT_TRUE(cOfBlock == cRunner.Run(cPicture.BmpFile())) << "mode " << nMode;
             EXPECT_TRUE(cOfBlock == cRunner.Run(cPicture.Block().data(), 0)) << "unknown size, mode " << nMode;
@@ -519,9 +521,11 @@ TEST(SegmentationRoad, InputIsNeitherChangedNorReadBeyondItsEnd)
         {
             for (const long nMode : {nFingers, nBiggestObject})
             {
-                const ClGuardedBytes cInput(aBytes.data(), aBytes.size());
-                ClSlapRunner(nMode).Run(cInput.Data(), cInput.Size());
+                ClGuardedBytes cInput(aBytes.data(), aBytes.size());
+                ClGuardedSlapRunner(nMode).Run(cInput.Data(), cInput.Size());
                 EXPECT_EQ(0, std::memcmp(aBytes.data(), cInput.Data(), cInput.Size())) << "mode " << nMode;
+                cInput.ForbidWriting(); // where it is not even allowed
+                ClGuardedSlapRunner(nMode).Run(cInput.Data(), cInput.Size());
             }
         }
     }
@@ -530,7 +534,7 @@ TEST(SegmentationRoad, InputIsNeitherChangedNorReadBeyondItsEnd)
 TEST(SegmentationRoad, InputMayGoRightAfterTheRun)
 {
     const ClSlapPicture cPicture(SlapScenes::TwoFingers(n500Ppi));
-    const ClSlapRunResult cExpected = ClSlapRunner(nFingers, nUpperEdge).Run(cPicture.Block());
+    const ClSlapRunResult cExpected = ClGuardedSlapRunner(nFingers, nUpperEdge).Run(cPicture.Block());
     auto pInput = std::make_unique<ClGuardedBytes>(cPicture.Block().data(), cPicture.Block().size());
     void* hSegmentation = nullptr;
     void* hSegment = nullptr;
@@ -567,7 +571,7 @@ TEST(SegmentationRoad, BlockThatIsCutOffIsRefused)
         for (const std::size_t nMissing : {std::size_t{1}, aBytes.size() / 2})
         {
             const ClGuardedBytes cInput(aBytes.data(), aBytes.size() - nMissing);
-            const ClSlapRunResult cResult = ClSlapRunner(nFingers).Run(cInput.Data(), cInput.Size());
+            const ClSlapRunResult cResult = ClGuardedSlapRunner(nFingers).Run(cInput.Data(), cInput.Size());
             EXPECT_EQ(FPC_ERROR_TEMPLATE_SIZE, cResult.m_nCode);
         }
     }
@@ -582,7 +586,7 @@ TEST(SegmentationRoad, ThreadsWithHandlesOfTheirOwnGiveTheBitsOfOne)
         aBlocks.push_back(ClSlapPicture(Scene(szScene, n200Ppi)).Block());
     std::vector<ClSlapRunResult> aExpected;
     for (const long nMode : {nFingers, nBiggestObject})
-        for (const auto& aBlock : aBlocks) aExpected.push_back(ClSlapRunner(nMode).Run(aBlock));
+        for (const auto& aBlock : aBlocks) aExpected.push_back(ClGuardedSlapRunner(nMode).Run(aBlock));
 
     // Both read the same input: in one round in the same order, so that the same stages meet, in the other backwards.
     const auto work = [&](bool bBackwards, std::vector<ClSlapRunResult>& aResults)
@@ -593,7 +597,7 @@ TEST(SegmentationRoad, ThreadsWithHandlesOfTheirOwnGiveTheBitsOfOne)
             {
                 const std::size_t i = bBackwards && nRound == 1 ? aResults.size() - 1 - n : n;
                 const long nMode = i < aBlocks.size() ? nFingers : nBiggestObject;
-                aResults[i] = ClSlapRunner(nMode).Run(aBlocks[i % aBlocks.size()]);
+                aResults[i] = ClGuardedSlapRunner(nMode).Run(aBlocks[i % aBlocks.size()]);
             }
         }
     };
@@ -668,7 +672,7 @@ TEST_P(SegmentationRoadRealSlap, HasItsCodeAndItsNumberOfFingers)
 {
     if (Folder() == nullptr) GTEST_SKIP() << "KORMELIN_SLAPS names no folder of real slap pictures";
     const std::vector<std::uint8_t> aFile = Bytes();
-    ClSlapRunner cRunner(nFingers);
+    ClGuardedSlapRunner cRunner(nFingers);
     const ClSlapRunResult cResult = cRunner.Run(aFile);
     EXPECT_EQ(GetParam().m_nCode, cResult.m_nCode);
     EXPECT_EQ(GetParam().m_nCount, cResult.m_nCount);

@@ -2,11 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <stdexcept>
 #include <type_traits>
-
-#include <sys/mman.h>
-#include <unistd.h>
 
 namespace
 {
@@ -149,8 +145,8 @@ void PutShort(unsigned char* pBlock, std::size_t nOffset, std::uint16_t nValue)
     pBlock[nOffset + 1] = static_cast<unsigned char>(nValue >> 8);
 }
 
-std::vector<unsigned char> PackedBitmap(int nWidth, int nHeight, int nBitCount, int nCompression, unsigned int nClrUsed,
-                                        unsigned int nSeed)
+ClGuardedVector PackedBitmap(int nWidth, int nHeight, int nBitCount, int nCompression, unsigned int nClrUsed,
+                             unsigned int nSeed)
 {
     const std::size_t nEntries = nClrUsed != 0       ? nClrUsed
                                  : nBitCount <= 8    ? std::size_t(1) << nBitCount
@@ -158,7 +154,7 @@ std::vector<unsigned char> PackedBitmap(int nWidth, int nHeight, int nBitCount, 
                                                      : 0;
     const std::size_t nRow = (static_cast<std::size_t>(nBitCount) * static_cast<std::size_t>(nWidth) + 31) / 32 * 4;
     const std::size_t nPixels = nRow * static_cast<std::size_t>(nHeight);
-    std::vector<unsigned char> aBlock(40 + 4 * nEntries + nPixels);
+    ClGuardedVector aBlock(40 + 4 * nEntries + nPixels);
     unsigned char* p = aBlock.data();
     PutLong(p, 0, 40);
     PutLong(p, 4, static_cast<std::uint32_t>(nWidth));
@@ -185,45 +181,13 @@ std::vector<unsigned char> PackedBitmap(int nWidth, int nHeight, int nBitCount, 
     return aBlock;
 }
 
-std::vector<unsigned char> WithFileHeader(const std::vector<unsigned char>& aPacked)
+ClGuardedVector WithFileHeader(const ClGuardedVector& aPacked)
 {
-    std::vector<unsigned char> aFile(14 + aPacked.size());
+    ClGuardedVector aFile(14 + aPacked.size());
     aFile[0] = 'B';
     aFile[1] = 'M';
     PutLong(aFile.data(), 2, static_cast<std::uint32_t>(14 + aPacked.size()));
     PutLong(aFile.data(), 10, 14 + 40);
     std::copy(aPacked.begin(), aPacked.end(), aFile.begin() + 14);
     return aFile;
-}
-
-ClGuardedBytes::ClGuardedBytes(std::size_t nSize) : m_nSize(nSize)
-{
-    const auto nPage = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    const std::size_t nReadable = (nSize + nPage - 1) / nPage * nPage;
-    m_nMapSize = nReadable + nPage;
-    void* pMap = mmap(nullptr, m_nMapSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (pMap == MAP_FAILED)
-    {
-        throw std::runtime_error("no memory for a guarded block");
-    }
-    m_pMap = static_cast<unsigned char*>(pMap);
-    if (mprotect(m_pMap + nReadable, nPage, PROT_NONE) != 0)
-    {
-        munmap(m_pMap, m_nMapSize);
-        throw std::runtime_error("a guard page could not be protected");
-    }
-    m_pBytes = m_pMap + nReadable - nSize;
-}
-
-ClGuardedBytes::ClGuardedBytes(const void* pBytes, std::size_t nSize) : ClGuardedBytes(nSize)
-{
-    if (nSize != 0)
-    {
-        std::memcpy(m_pBytes, pBytes, nSize);
-    }
-}
-
-ClGuardedBytes::~ClGuardedBytes()
-{
-    munmap(m_pMap, m_nMapSize);
 }

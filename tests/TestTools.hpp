@@ -2,13 +2,13 @@
 
 // Helpers shared by the tests of all folders.
 
+#include "GuardedBytes.hpp"
 #include "RDTools/FpImage.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 /// The same numbers on every machine, for test data: a linear congruential generator with its high bits as output
 /// (constants of D. E. Knuth's MMIX).
@@ -45,35 +45,14 @@ testing::AssertionResult SamePixels(const ClImage& cExpected, const ClImage& cAc
 /// Whether two images are described alike: type, content, geometry, resolution, range and attribute.
 testing::AssertionResult SameDescription(const ClImage& cExpected, const ClImage& cActual);
 
-/// A copy of nSize bytes that ends exactly where readable memory ends: touching the byte behind it kills the test. The
-/// block is writable and stands on whatever alignment its size gives.
-class ClGuardedBytes
-{
-public:
-    ClGuardedBytes(const void* pBytes, std::size_t nSize);
-    explicit ClGuardedBytes(std::size_t nSize); ///< zeroes
-    ClGuardedBytes(const ClGuardedBytes&) = delete;
-    ClGuardedBytes& operator=(const ClGuardedBytes&) = delete;
-    ~ClGuardedBytes();
-
-    unsigned char* Data() const { return m_pBytes; }
-    std::size_t Size() const { return m_nSize; }
-
-private:
-    unsigned char* m_pMap;
-    std::size_t m_nMapSize;
-    unsigned char* m_pBytes;
-    std::size_t m_nSize;
-};
-
 /// A packed device-independent bitmap: header, table, rows on 4-byte boundaries, with random pixels and padding. The
 /// table has nClrUsed entries, or, for 0, as many as the header then means: a grey ramp up to 8 bits, the masks 63488,
 /// 2016 and 31 for compression 3. Resolution 19685 pels per metre (500 per inch) both ways.
-std::vector<unsigned char> PackedBitmap(int nWidth, int nHeight, int nBitCount, int nCompression = 0,
-                                        unsigned int nClrUsed = 0, unsigned int nSeed = 1);
+ClGuardedVector PackedBitmap(int nWidth, int nHeight, int nBitCount, int nCompression = 0, unsigned int nClrUsed = 0,
+                             unsigned int nSeed = 1);
 
 /// The same behind a file header of 14 bytes, as it stands in a file.
-std::vector<unsigned char> WithFileHeader(const std::vector<unsigned char>& aPacked);
+ClGuardedVector WithFileHeader(const ClGuardedVector& aPacked);
 
 /// Writes a 32 or 16-bit value into a packed block, little-endian.
 void PutLong(unsigned char* pBlock, std::size_t nOffset, std::uint32_t nValue);

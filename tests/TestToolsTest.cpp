@@ -59,13 +59,4 @@ TEST(TestTools, SameDescriptionTakesTwoMissingRangesAsEqual)
     cSecond.m_nAttribute = 1;
     EXPECT_FALSE(SameDescription(cFirst, cSecond));
 }
-
-TEST(TestToolsDeathTest, BytesBehindAGuardedBlockCannotBeRead)
-{
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
-    const ClGuardedBytes cBytes("abcde", 5);
-    EXPECT_EQ('e', cBytes.Data()[4]);
-    volatile const unsigned char* pBehind = cBytes.Data() + 5;
-    EXPECT_DEATH({ [[maybe_unused]] const unsigned char n = *pBehind; }, "");
-}
 } // namespace

@@ -20,16 +20,18 @@
 
 namespace
 {
-using Block = std::vector<unsigned char>;
+using Block = ClGuardedVector;
 
 const tagBITMAPINFOHEADER* Header(const Block& aBlock)
 {
     return reinterpret_cast<const tagBITMAPINFOHEADER*>(aBlock.data());
 }
 
+/// The block is at a guard page, cannot be written, and is gone afterwards.
 long Segment(void* hSegmentation, const Block& aBlock)
 {
-    return KSSegmentBitmap(hSegmentation, Header(aBlock), aBlock.size());
+    const ClReadOnlyBytes cBytes(aBlock);
+    return KSSegmentBitmap(hSegmentation, reinterpret_cast<const tagBITMAPINFOHEADER*>(cBytes.Data()), cBytes.Size());
 }
 
 /// A white picture of 40 by 50 pixels with a dark rectangle: left 6, bottom 11, width 9, height 19.
@@ -660,7 +662,7 @@ TEST_F(VelmarinKormelinSegmentation, LogLinesOfSegmentation)
     const Block aBlock = OneObject();
     const void* pBlock = aBlock.data();
     EXPECT_EQ(Success(Format("KSSegmentBitmap(%p, %p, %zu)", m_hSegmentation, pBlock, aBlock.size())),
-              Logged(7, [&] { Segment(m_hSegmentation, aBlock); }));
+              Logged(7, [&] { KSSegmentBitmap(m_hSegmentation, Header(aBlock), aBlock.size()); }));
     EXPECT_EQ(Failure(Format("KSSegmentBitmap(%p, (nil), 18446744073709551615)", m_hSegmentation), -10,
                       "The input image is not valid."),
               Logged(7, [&] { KSSegmentBitmap(m_hSegmentation, nullptr, ULONG_MAX); }));

@@ -11,7 +11,7 @@
 
 namespace
 {
-using Bytes_t = std::vector<unsigned char>;
+using Bytes_t = ClGuardedVector;
 
 TEST(BitmapAttach, AttachWrapsThePartsOfABlock)
 {

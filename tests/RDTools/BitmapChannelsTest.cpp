@@ -11,7 +11,7 @@
 
 namespace
 {
-using Bytes_t = std::vector<unsigned char>;
+using Bytes_t = ClGuardedVector;
 
 /// 0xAARRGGBB of a pixel, by the plain form of the rules.
 std::uint32_t Colour(const ST_BitmapPicture& cPicture, bool bMasks, std::uint32_t nPixel)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "GuardedBytes.hpp"
 #include "RDTools/Bitmap.hpp"
 
 #include <gtest/gtest.h>
@@ -22,9 +23,9 @@ inline void ExpectEmpty(const ClBitmap& cBitmap)
 }
 
 /// What CopyTo writes; nSize as the caller knows it.
-inline std::vector<unsigned char> Packed(const ClBitmap& cBitmap, std::size_t nSize)
+inline ClGuardedVector Packed(const ClBitmap& cBitmap, std::size_t nSize)
 {
-    std::vector<unsigned char> aBytes(nSize);
+    ClGuardedVector aBytes(nSize);
     cBitmap.CopyTo(aBytes.data());
     return aBytes;
 }

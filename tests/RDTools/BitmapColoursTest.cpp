@@ -7,7 +7,7 @@
 
 namespace
 {
-using Bytes_t = std::vector<unsigned char>;
+using Bytes_t = ClGuardedVector;
 
 /// A 16 or 32-bit bitmap of one pixel under these masks.
 Bytes_t Masked(int nBitCount, std::uint32_t nRed, std::uint32_t nGreen, std::uint32_t nBlue)

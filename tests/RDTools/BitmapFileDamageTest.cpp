@@ -14,7 +14,7 @@
 
 namespace
 {
-using Bytes_t = std::vector<unsigned char>;
+using Bytes_t = ClGuardedVector;
 
 /// Refuses greater requests than this, so that the tests need little memory themselves.
 constexpr std::size_t nMostMemory = std::size_t(8) << 20;

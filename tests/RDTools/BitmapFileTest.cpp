@@ -11,7 +11,7 @@
 
 namespace
 {
-using Bytes_t = std::vector<unsigned char>;
+using Bytes_t = ClGuardedVector;
 
 constexpr char szUnexpectedEnd[] = "Unexpected end of file.\nUnexpected end of stream";
 
@@ -54,7 +54,7 @@ TEST(BitmapFile, StoreWritesHeadersTableAndRows)
             const ClBitmap cBitmap(cPicture.aBlock.data(), true);
             ClMemoryStream cStream;
             cBitmap.Store(cStream);
-            EXPECT_EQ(aExpected, cStream.m_aBytes);
+            EXPECT_EQ(aExpected, Bytes_t(cStream.m_aBytes));
             EXPECT_EQ(5u + 11u + (cPicture.nOffset > 40 ? 1u : 0u) + 1u, cStream.m_nWrites) << "the rows are one write";
         });
 }
@@ -370,12 +370,12 @@ TEST(BitmapFile, FilesByName)
     ClBitmap cBitmap(cPicture.aBlock.data(), true), cLoaded, cEmpty;
     const long nOpen = OpenFiles();
     cBitmap.Store(sName.c_str());
-    EXPECT_EQ(BmpFile(cPicture), FileBytes(sName));
+    EXPECT_EQ(BmpFile(cPicture), Bytes_t(FileBytes(sName)));
     cLoaded.Load(sName.c_str());
     EXPECT_TRUE(cBitmap == cLoaded);
 
     EXPECT_RAISES_CODE(cEmpty.Store(sName.c_str()), -10);
-    EXPECT_EQ(BmpFile(cPicture), FileBytes(sName)) << "a file stays when there is nothing to put in its place";
+    EXPECT_EQ(BmpFile(cPicture), Bytes_t(FileBytes(sName))) << "a file stays when there is nothing to put in its place";
     EXPECT_RAISES_CODE(cBitmap.Store(cFolder.File("no/folder").c_str()), -200);
     EXPECT_RAISES_CODE(cBitmap.Store(static_cast<const char*>(nullptr)), -44);
     EXPECT_RAISES_CODE(cLoaded.Load(cFolder.File("missing").c_str()), -200);

@@ -14,8 +14,8 @@ struct ST_BitmapPicture
     int nWidth;
     int nHeight;
     int nBitCount;
-    std::size_t nOffset;               ///< of the pixels in the block
-    std::vector<unsigned char> aBlock; ///< as PackedBitmap makes it
+    std::size_t nOffset;    ///< of the pixels in the block
+    ClGuardedVector aBlock; ///< as PackedBitmap makes it
     std::vector<std::uint32_t> aPixels;
 
     std::uint32_t At(int nX, int nY) const

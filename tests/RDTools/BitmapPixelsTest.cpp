@@ -10,7 +10,7 @@
 
 namespace
 {
-using Bytes_t = std::vector<unsigned char>;
+using Bytes_t = ClGuardedVector;
 
 TEST(BitmapPixels, LittleEndianValuesCountAsUnsigned)
 {

@@ -7,7 +7,7 @@
 
 namespace
 {
-using Bytes_t = std::vector<unsigned char>;
+using Bytes_t = ClGuardedVector;
 
 constexpr char szCorrupt[] = "The input is corrupt can be a memoryblock or a file.\n"
                              "ClBitmap::Load. RLE Encoding corrupt";

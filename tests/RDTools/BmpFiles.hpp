@@ -14,23 +14,22 @@ constexpr std::size_t nAtOffset = 10, nAtSize = 14, nAtWidth = 18, nAtHeight = 2
                       nAtCompression = 30, nAtSizeImage = 34, nAtClrUsed = 46, nAtClrImportant = 50, nAtTable = 54;
 
 /// The file of a packed bitmap whose pixels begin at nPixels of the block.
-inline std::vector<unsigned char> BmpFile(const std::vector<unsigned char>& aPacked, std::size_t nPixels)
+inline ClGuardedVector BmpFile(const ClGuardedVector& aPacked, std::size_t nPixels)
 {
-    std::vector<unsigned char> aFile = WithFileHeader(aPacked);
+    ClGuardedVector aFile = WithFileHeader(aPacked);
     PutLong(aFile.data(), nAtOffset, static_cast<std::uint32_t>(14 + nPixels));
     return aFile;
 }
 
-inline std::vector<unsigned char> BmpFile(const ST_BitmapPicture& cPicture)
+inline ClGuardedVector BmpFile(const ST_BitmapPicture& cPicture)
 {
     return BmpFile(cPicture.aBlock, cPicture.nOffset);
 }
 
 /// A file with other rows, or with a code in their place.
-inline std::vector<unsigned char> BmpFileOfCode(int nWidth, int nHeight, const std::vector<unsigned char>& aCode,
-                                                unsigned int nClrUsed = 4)
+inline ClGuardedVector BmpFileOfCode(int nWidth, int nHeight, const ClGuardedVector& aCode, unsigned int nClrUsed = 4)
 {
-    std::vector<unsigned char> aFile = BmpFile(PackedBitmap(nWidth, 0, 8, 1, nClrUsed), 40 + 4 * nClrUsed);
+    ClGuardedVector aFile = BmpFile(PackedBitmap(nWidth, 0, 8, 1, nClrUsed), 40 + 4 * nClrUsed);
     PutLong(aFile.data(), nAtHeight, static_cast<std::uint32_t>(nHeight));
     PutLong(aFile.data(), nAtSizeImage, static_cast<std::uint32_t>(aCode.size()));
     aFile.insert(aFile.end(), aCode.begin(), aCode.end());
@@ -38,16 +37,16 @@ inline std::vector<unsigned char> BmpFileOfCode(int nWidth, int nHeight, const s
 }
 
 /// The same file without its file header.
-inline std::vector<unsigned char> WithoutFileHeader(const std::vector<unsigned char>& aFile)
+inline ClGuardedVector WithoutFileHeader(const ClGuardedVector& aFile)
 {
     return {aFile.begin() + 14, aFile.end()};
 }
 
 /// Run-length code of an 8-bit picture: runs of equal pixels, each line with its mark, the last one with the end of the
 /// bitmap.
-inline std::vector<unsigned char> RunLengthCode(const ST_BitmapPicture& cPicture)
+inline ClGuardedVector RunLengthCode(const ST_BitmapPicture& cPicture)
 {
-    std::vector<unsigned char> aCode;
+    ClGuardedVector aCode;
     for (int y = 0; y < cPicture.nHeight; ++y)
     {
         for (int x = 0; x < cPicture.nWidth;)
