@@ -34,6 +34,9 @@ public:
         return static_cast<int>(nLow + static_cast<std::int64_t>(Bits(nRange > 256 ? 4 : 1) % nRange));
     }
 
+    /// True once in n times.
+    bool OneIn(unsigned n) { return Byte() % n == 0; }
+
     /// Small numbers as often as all bits: 0, near 0, near the ends of the types, anything.
     std::int64_t Number()
     {
@@ -67,13 +70,6 @@ private:
     const std::uint8_t* m_pData;
     std::size_t m_nLeft;
 };
-
-/// Ends the program: what the library promises does not hold.
-[[noreturn]] void FailPromise(const char* szWhat);
-inline void Promise(bool bHolds, const char* szWhat)
-{
-    if (!bHolds) FailPromise(szWhat);
-}
 
 /// One input. Every target defines it; the fuzzer or Replay.cpp calls it. Returns 0.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize);

@@ -1,17 +1,26 @@
-// A heap that serves no request above a gigabyte, as a machine may that has not so much: a sanitizer's own would end
-// the program instead.
+// A heap that serves no request above 64 megabytes, as a machine may that has not so much: a sanitizer's own would end
+// the program instead. What it serves is filled with the value that the target has asked for.
 
+#include "Promise.hpp"
+
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace
 {
-constexpr std::size_t nLargest = std::size_t{1} << 30;
+constexpr std::size_t nLargest = std::size_t{1} << 26;
+constexpr std::size_t nMostFilled = std::size_t{1} << 20; // larger blocks would cost more than the run itself
+int g_nFill = 0;
 
 void* Allocate(std::size_t nSize)
 {
-    return nSize > nLargest ? nullptr : std::malloc(nSize == 0 ? 1 : nSize);
+    if (nSize > nLargest) return nullptr;
+    void* const p = std::malloc(nSize == 0 ? 1 : nSize);
+    if (p != nullptr) std::memset(p, g_nFill, std::min(nSize, nMostFilled));
+    return p;
 }
 
 void* AllocateOrThrow(std::size_t nSize)
@@ -21,6 +30,11 @@ void* AllocateOrThrow(std::size_t nSize)
     return p;
 }
 } // namespace
+
+void FillNewMemory(unsigned char nValue)
+{
+    g_nFill = nValue;
+}
 
 void* operator new(std::size_t nSize)
 {

@@ -1,162 +1,207 @@
-// Every operator with parameters and images as the bytes say: small images of every type, with and without pixels, up
-// to five planes, parameters set through their texts. Nothing but the library's own exceptions comes out.
+// Every operator with settings and images as the bytes say: small images of every type, with and without pixels, up to
+// five planes, settings through the members and through their texts. Each run is done twice, over memory that differs
+// and, where the operator allows that, the second time in place: same code, same samples. Inputs stay as they were.
 
-#include "ByteSource.hpp"
+#include "OperatorFuzzSetups.hpp"
 
-#include "RDImageProcessing/IpBinarizeAutoThreshold.hpp"
-#include "RDImageProcessing/IpBinarizeGlobal.hpp"
-#include "RDImageProcessing/IpConnectedComponent2.hpp"
-#include "RDImageProcessing/IpConvertDataType.hpp"
-#include "RDImageProcessing/IpCut.hpp"
-#include "RDImageProcessing/IpCutBiggestComponent.hpp"
-#include "RDImageProcessing/IpDelta.hpp"
-#include "RDImageProcessing/IpFilterMid.hpp"
-#include "RDImageProcessing/IpFilterMidRotating.hpp"
-#include "RDImageProcessing/IpFloodFill.hpp"
-#include "RDImageProcessing/IpFloodFillLabeling.hpp"
-#include "RDImageProcessing/IpGammaCorrection.hpp"
-#include "RDImageProcessing/IpJoinPlanes.hpp"
-#include "RDImageProcessing/IpLabeling.hpp"
-#include "RDImageProcessing/IpRescale.hpp"
-#include "RDImageProcessing/IpRgbToGrey.hpp"
-#include "RDImageProcessing/IpRotate.hpp"
-#include "RDImageProcessing/IpSplitPlanes.hpp"
-#include "RDImageProcessing/IpStretchRangeGlobal.hpp"
-#include "RDImageProcessing/IpStretchRangeGlobalNoiseRemoving.hpp"
 #include "RDTools/Exception.hpp"
 #include "RDTools/ParameterContainer.hpp"
+#include "RDTools/ParameterEnum.hpp"
 
+#include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <iterator>
-#include <memory>
 #include <string>
-#include <vector>
 
 namespace
 {
-template <class Operator> std::unique_ptr<ClProcessorBase> Make()
+/// The codes that operators answer with.
+constexpr long g_anCodes[] = {FPC_SUCCESS,
+                              FPC_ERROR_BITMAP_PTR,
+                              FPC_ERROR_BITMAP_PLANE,
+                              FPC_ERROR_BITMAP_PELS,
+                              FPC_ERROR_BITMAP_DIMENSION,
+                              FPC_ERROR_FORMAT_NOTSUPPORTED,
+                              FPC_ERROR_PARAM_OUT_OF_RANGE,
+                              FPC_ERROR_PARAM_IS_MISSING,
+                              FPC_ERROR_PARAM_INVALID,
+                              FPC_ERROR_INTERNAL,
+                              FPC_ERROR_OUT_OF_MEMORY,
+                              FPC_ERROR_BAD_POINTER};
+
+std::string NameOfValue(ClParameterEnumInterface& cEnum, unsigned long nIndex)
 {
-    return std::make_unique<Operator>();
+    std::string sName(cEnum.GetValueName(nIndex, nullptr, 0), ' ');
+    cEnum.GetValueName(nIndex, sName.data(), sName.size() + 1);
+    return sName;
 }
 
-using Maker_t = std::unique_ptr<ClProcessorBase> (*)();
-const Maker_t g_aMakers[] = {
-    Make<ClIpBinarizeAutoThreshold>,
-    Make<ClIpBinarizeGlobal>,
-    Make<ClIpConnectedComponent2>,
-    Make<ClIpConvertDataType>,
-    Make<ClIpCut>,
-    Make<ClIpCutBiggestComponent>,
-    Make<ClIpDelta>,
-    Make<ClIpFilterMid>,
-    Make<ClIpFilterMidRotating>,
-    Make<ClIpFloodFill>,
-    Make<ClIpFloodFillLabeling>,
-    Make<ClIpGammaCorrection>,
-    Make<ClIpJoinPlanes>,
-    Make<ClIpLabeling>,
-    Make<ClIpRescale>,
-    Make<ClIpRgbToGrey>,
-    Make<ClIpRotate>,
-    Make<ClIpSplitPlanes>,
-    Make<ClIpStretchRangeGlobal>,
-    Make<ClIpStretchRangeGlobalNoiseRemoving>,
-};
-
-constexpr unsigned char g_aeTypes[] = {ClImage::eUInt8,  ClImage::eSInt8,  ClImage::eUInt16,  ClImage::eSInt16,
-                                       ClImage::eUInt32, ClImage::eSInt32, ClImage::eFloat32, ClImage::eDouble64};
-
-void Fill(ClImage& cImage, ClByteSource& cBytes)
+std::string TextOfValue(ClParameter& cParameter, ClByteSource& cBytes)
 {
-    // Two thirds of the images are what the road works on.
-    const bool bPlain = cBytes.Byte() % 3 != 0;
-    const unsigned char eType = bPlain ? static_cast<unsigned char>(ClImage::eUInt8) : g_aeTypes[cBytes.Byte() % 8];
-    const int nPlanes = bPlain ? 1 : cBytes.Between(0, 5);
-    const int nWidth = cBytes.Between(bPlain ? 1 : 0, 70), nHeight = cBytes.Between(bPlain ? 1 : 0, 40);
-    const int nRes = cBytes.Byte() % 4 == 0 ? cBytes.Between(-1, 60000) : 3937;
-    cImage.NewWithType(eType, nWidth, nHeight, nPlanes, nRes, nRes);
-    if (cImage.Data() == nullptr) return;
-    const auto nBytes = static_cast<std::size_t>(cImage.Stride()) * static_cast<std::size_t>(nHeight);
-    std::uint32_t nState = static_cast<std::uint32_t>(cBytes.Bits(2));
-    const unsigned nKind = cBytes.Byte() % 3; // noise, two values, bytes of the input
-    for (std::size_t i = 0; i < nBytes; ++i)
+    ClParameterEnumInterface* const pEnum = cParameter.GetEnumInterface();
+    if (pEnum != nullptr && pEnum->GetValueNameCount() > 0 && !cBytes.OneIn(8))
+        return NameOfValue(*pEnum, cBytes.Byte() % pEnum->GetValueNameCount());
+    switch (cBytes.Byte() % 8)
     {
-        nState = nState * 1664525u + 1013904223u;
-        const auto nNoise = static_cast<unsigned char>(nState >> 24);
-        cImage.Data()[i] = nKind == 0 ? nNoise : nKind == 1 ? (nNoise < 100 ? 0 : 255) : cBytes.Byte();
-    }
-    if (cBytes.Byte() % 8 == 0)
-    {
-        cImage.m_dBlack = static_cast<double>(cBytes.Number());
-        cImage.m_dWhite = static_cast<double>(cBytes.Number());
+    case 0: return "nan";
+    case 1: return "-inf";
+    case 2: return cBytes.Text(12);
+    case 3: return std::to_string(cBytes.Byte() / 100.0);
+    case 4: return std::to_string(cBytes.Number());
+    default: return std::to_string(cBytes.Byte() % 32);
     }
 }
 
-void SetParameters(ClParameterContainer& cParameters, std::vector<ClImage>& aImages, ClByteSource& cBytes)
+/// Few settings through their texts; what is taken can be read, and be set again from what was read.
+void SetParameters(ClProcessorBase& cOperator, ClByteSource& cBytes)
 {
+    ClParameterContainer cParameters;
+    cOperator.QueryParameters(cParameters);
     for (ClParameter* p = cParameters.GetFirstParameter(); p != nullptr; p = cParameters.GetNextParameter(p))
     {
-        // Few parameters are set at a time, or hardly a run would pass the first check.
         if (p->IsPointer())
         {
-            const std::size_t nImage = cBytes.Byte() % (aImages.size() + 1);
-            *static_cast<ClImage**>(p->GetParameterPtr()) =
-                nImage < aImages.size() ? &aImages[nImage] : (cBytes.Byte() % 8 == 0 ? nullptr : &aImages[0]);
+            if (cBytes.Byte() == 0xff) *static_cast<ClImage**>(p->GetParameterPtr()) = nullptr;
             continue;
         }
-        if (cBytes.Byte() % 4 != 0) continue;
-        const std::string sValue = cBytes.Byte() % 8 == 0   ? std::string("nan")
-                                   : cBytes.Byte() % 2 == 0 ? std::to_string(cBytes.Between(0, 9))
-                                   : cBytes.Byte() % 2 == 0 ? std::to_string(cBytes.Byte() / 100.0)
-                                                            : std::to_string(cBytes.Number());
+        if (!cBytes.OneIn(3)) continue;
+        const std::string sValue = TextOfValue(*p, cBytes);
         try
         {
             p->SetValue(sValue.c_str());
         }
-        catch (const ClException&)
+        catch (const ClException& e)
         {
-            // Refused: the setting stays.
+            PromiseCode(e.Number()); // refused: the setting stays
+            continue;
         }
+        const std::string sRead = p->ClParameter::GetValue();
+        if (sRead.find("nan") == std::string::npos && sRead.find("inf") == std::string::npos)
+            p->SetValue(sRead.c_str());
     }
 }
 
-/// Sides that a rescaling would multiply into gigabytes are not what this target is after.
-bool IsModest(const ClIpRescale& cRescale)
+/// A new operator of the same class takes the settings over, and then describes them alike.
+void CopySettings(ClProcessorBase& cOperator)
 {
-    constexpr double dMost = 2000.0;
-    if (cRescale.m_nNewWidth > dMost || cRescale.m_nNewHeight > dMost) return false;
-    const ClImage* const pIn = cRescale.m_pInImage;
-    if (pIn == nullptr || pIn->m_nXRes <= 0 || pIn->m_nYRes <= 0) return true;
-    return 1.0 * pIn->m_nWidth * cRescale.m_nNewPelsX / pIn->m_nXRes <= dMost &&
-           1.0 * pIn->m_nHeight * cRescale.m_nNewPelsY / pIn->m_nYRes <= dMost;
+    const std::unique_ptr<ClProcessorBase> pOther(cOperator.Create());
+    Promise(std::strcmp(pOther->Name(), cOperator.Name()) == 0, "an operator of the same class");
+    cOperator.CopyParametersTo(*pOther);
+}
+
+void DescribeSettings(ClProcessorBase& cOperator, unsigned long nSize, ClDigest& cDigest)
+{
+    const std::unique_ptr<char[]> pText(new char[nSize]); // exactly: the sanitizer guards its end
+    try
+    {
+        cOperator.ParameterString(pText.get(), nSize);
+        const auto* const pEnd = static_cast<const char*>(std::memchr(pText.get(), 0, nSize));
+        Promise(pEnd != nullptr, "a settings text ends");
+        cDigest.AddBytes(pText.get(), static_cast<std::size_t>(pEnd - pText.get()));
+    }
+    catch (const ClException& e)
+    {
+        Promise(e.Number() == FPC_ERROR_INTERNAL, "only a text that does not fit is refused");
+    }
+}
+
+struct StOutcome
+{
+    bool m_bRun = false;
+    bool m_bMayBeInput = false;
+    bool m_bDetermined = false;
+    long m_nCode = 0;
+    std::uint64_t m_nOutput = 0;  ///< the image that may be the input
+    std::uint64_t m_nResults = 0; ///< what an operator leaves beside its first output
+};
+
+std::uint64_t SumOf(const ClImage* pFirst, const ClImage* pEnd)
+{
+    ClDigest cDigest;
+    for (; pFirst != pEnd; ++pFirst) cDigest.Add(*pFirst);
+    return cDigest.Sum();
+}
+
+void Apply(StBench& c, StOutcome& cOutcome)
+{
+    ClDigest cResults;
+    try
+    {
+        c.m_pOperator->CanApply();
+        cOutcome.m_nCode = c.m_pOperator->Apply();
+        DescribeSettings(*c.m_pOperator, c.m_cBytes.Byte(), cResults);
+        if (cOutcome.m_nCode == FPC_SUCCESS) c.m_fnResults(cResults);
+    }
+    catch (const ClException& e)
+    {
+        Promise(e.Number() < 0 && e.What() != nullptr && *e.What() != '\0', "a code and a text");
+        cOutcome.m_nCode = e.Number();
+    }
+    cOutcome.m_nResults = cResults.Sum();
+}
+
+StOutcome Run(unsigned nOperator, const ClByteSource& cBytes, bool bInPlace, unsigned char nMemory)
+{
+    FillNewMemory(nMemory);
+    StOutcome cOutcome;
+    StBench c(cBytes, bInPlace);
+    SetUpOperator(nOperator, c);
+    if (c.m_cBytes.OneIn(4)) SetParameters(*c.m_pOperator, c.m_cBytes);
+    if (c.m_cBytes.OneIn(16)) CopySettings(*c.m_pOperator);
+    if (!c.m_fnIsModest()) return cOutcome;
+    cOutcome.m_bRun = true;
+    cOutcome.m_bMayBeInput = c.m_bMayBeInput;
+    cOutcome.m_bDetermined = c.m_fnIsDetermined(); // now: the output may be an input
+    const ClImage* const pFirst = c.m_acIn + (bInPlace && c.m_bMayBeInput ? 1 : 0);
+    const std::uint64_t nBefore = SumOf(pFirst, std::end(c.m_acIn));
+    Apply(c, cOutcome);
+    Promise(SumOf(pFirst, std::end(c.m_acIn)) == nBefore, "inputs are never written to");
+    if (std::find(std::begin(g_anCodes), std::end(g_anCodes), cOutcome.m_nCode) == std::end(g_anCodes))
+    {
+        std::fprintf(stderr, "%s: code %ld\n", c.m_pOperator->Name(), cOutcome.m_nCode);
+        FailPromise("a code that operators answer with");
+    }
+    if (cOutcome.m_nCode != FPC_SUCCESS) return cOutcome;
+    cOutcome.m_nOutput = SumOf(c.Out(), c.Out() + 1);
+    cOutcome.m_nResults ^= SumOf(c.m_acOut + 1, std::end(c.m_acOut));
+    return cOutcome;
+}
+
+/// Tells of a difference what was run.
+void PromiseSame(unsigned nOperator, const ClByteSource& cBytes, const StOutcome& cFirst, const StOutcome& cSecond)
+{
+    const bool bCode = cFirst.m_nCode == cSecond.m_nCode;
+    const bool bOutput = !cFirst.m_bDetermined || cFirst.m_nOutput == cSecond.m_nOutput;
+    const bool bResults = !cFirst.m_bDetermined || cFirst.m_nResults == cSecond.m_nResults;
+    if (bCode && bOutput && bResults) return;
+    StBench c(cBytes, false);
+    SetUpOperator(nOperator, c);
+    std::fprintf(stderr, "%s of type %d, %d by %d, %d planes: codes %ld and %ld\n", c.m_pOperator->Name(),
+                 c.In().m_eDataType, c.In().m_nWidth, c.In().m_nHeight, c.In().m_nPlanes, cFirst.m_nCode,
+                 cSecond.m_nCode);
+    Promise(bCode, "the same input gives the same code");
+    Promise(bOutput, "the same input gives the same output");
+    Promise(bResults, "the same input gives the same results");
 }
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSize)
 {
     ClByteSource cBytes(pData, nSize);
-    const auto pOperator = g_aMakers[cBytes.Byte() % std::size(g_aMakers)]();
-    std::vector<ClImage> aImages(4);
-    ClParameterContainer cParameters;
-    pOperator->QueryParameters(cParameters);
-    for (int i = 0; i < 2; ++i)
+    const unsigned nOperator = cBytes.Byte() % OperatorCount();
+    const bool bTryInPlace = cBytes.Byte() % 2 != 0;
+    try
     {
-        try
-        {
-            for (ClImage& cImage : aImages) Fill(cImage, cBytes);
-            SetParameters(cParameters, aImages, cBytes);
-            const auto* pRescale = dynamic_cast<ClIpRescale*>(pOperator.get());
-            if (pRescale != nullptr && !IsModest(*pRescale)) return 0;
-            char szSettings[256];
-            pOperator->CanApply();
-            pOperator->Apply();
-            pOperator->ParameterString(szSettings, sizeof szSettings);
-            Promise(std::memchr(szSettings, 0, sizeof szSettings) != nullptr, "a settings text ends");
-        }
-        catch (const ClException& e)
-        {
-            Promise(e.Number() < 0 && e.What() != nullptr, "a code and a text");
-        }
+        const StOutcome cFirst = Run(nOperator, cBytes, false, 0x00);
+        if (!cFirst.m_bRun) return 0;
+        const StOutcome cSecond = Run(nOperator, cBytes, bTryInPlace && cFirst.m_bMayBeInput, 0xff);
+        PromiseSame(nOperator, cBytes, cFirst, cSecond);
     }
+    catch (const ClException& e)
+    {
+        PromiseCode(e.Number()); // an image that cannot be made
+    }
+    FillNewMemory(0);
     return 0;
 }
