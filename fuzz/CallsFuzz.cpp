@@ -84,6 +84,7 @@ StOutcome Outcome(void* hRun)
     StOutcome c{FPC_SUCCESS, Number(hRun, "Count"), {}};
     Promise(c.m_nCount >= 0 && c.m_nCount <= 2, "at most two segments");
     void* hSegment = nullptr;
+    Compare(KSInitialize(nullptr), FPC_SUCCESS, "KSInitialize"); // the sequence may have left the library
     Compare(KSCreateSegmentHandle(&hSegment), FPC_SUCCESS, "a segment handle");
     for (int i = 0; i < c.m_nCount; ++i)
     {
@@ -92,6 +93,7 @@ StOutcome Outcome(void* hRun)
                                Number(hSegment, "Height"), DigestOfBitmap(hSegment)});
     }
     Compare(KSDestroyHandle(&hSegment), FPC_SUCCESS, "a handle is destroyed");
+    Compare(KSUninitialize(), FPC_SUCCESS, "KSUninitialize");
     return c;
 }
 

@@ -60,12 +60,7 @@ void SetParameters(ClProcessorBase& cOperator, ClByteSource& cBytes)
     cOperator.QueryParameters(cParameters);
     for (ClParameter* p = cParameters.GetFirstParameter(); p != nullptr; p = cParameters.GetNextParameter(p))
     {
-        if (p->IsPointer())
-        {
-            if (cBytes.Byte() == 0xff) *static_cast<ClImage**>(p->GetParameterPtr()) = nullptr;
-            continue;
-        }
-        if (!cBytes.OneIn(3)) continue;
+        if (p->IsPointer() || !cBytes.OneIn(3)) continue;
         const std::string sValue = TextOfValue(*p, cBytes);
         try
         {
@@ -156,7 +151,11 @@ StOutcome Run(unsigned nOperator, const ClByteSource& cBytes, bool bInPlace, uns
     const ClImage* const pFirst = c.m_acIn + (bInPlace && c.m_bMayBeInput ? 1 : 0);
     const std::uint64_t nBefore = SumOf(pFirst, std::end(c.m_acIn));
     Apply(c, cOutcome);
-    Promise(SumOf(pFirst, std::end(c.m_acIn)) == nBefore, "inputs are never written to");
+    if (SumOf(pFirst, std::end(c.m_acIn)) != nBefore)
+    {
+        std::fprintf(stderr, "%s: code %ld\n", c.m_pOperator->Name(), cOutcome.m_nCode);
+        FailPromise("inputs are never written to");
+    }
     if (std::find(std::begin(g_anCodes), std::end(g_anCodes), cOutcome.m_nCode) == std::end(g_anCodes))
     {
         std::fprintf(stderr, "%s: code %ld\n", c.m_pOperator->Name(), cOutcome.m_nCode);

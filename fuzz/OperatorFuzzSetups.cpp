@@ -35,6 +35,14 @@ template <class Operator> Operator& Install(StBench& c)
     return cOperator;
 }
 
+/// Seldom one of the images, or both, are missing.
+template <class Operator> void LeaveOut(Operator& cOperator, ClByteSource& cBytes)
+{
+    const unsigned nWhich = cBytes.Byte();
+    if (nWhich == 0xfd || nWhich == 0xfe) cOperator.m_pInImage = nullptr;
+    if (nWhich >= 0xfe) cOperator.m_pOutImage = nullptr;
+}
+
 /// With the members m_pInImage and m_pOutImage, and an output that may be the input.
 template <class Operator> Operator& InstallInPlace(StBench& c)
 {
@@ -43,6 +51,7 @@ template <class Operator> Operator& InstallInPlace(StBench& c)
     c.m_bMayBeInput = true;
     MakeFormer(c.m_acOut[0], c.m_cBytes);
     cOperator.m_pOutImage = c.Out();
+    LeaveOut(cOperator, c.m_cBytes);
     return cOperator;
 }
 
@@ -53,6 +62,7 @@ template <class Operator> Operator& InstallApart(StBench& c)
     cOperator.m_pInImage = &c.In();
     MakeFormer(c.m_acOut[0], c.m_cBytes);
     cOperator.m_pOutImage = c.m_cBytes.Byte() == 0xff ? &c.In() : &c.m_acOut[0];
+    LeaveOut(cOperator, c.m_cBytes);
     return cOperator;
 }
 
@@ -310,7 +320,8 @@ void SetUpJoinPlanes(StBench& c)
     c.m_fnIsDetermined = [&c, &cOperator]
     {
         // Before the run, as the output may be the first plane: planes of one size leave no sample out.
-        bool bWhole = cOperator.m_bFillEmptyPlanes != 0;
+        bool bWhole = cOperator.m_bFillEmptyPlanes != 0 &&
+                      (cOperator.m_nOutPlanes > 0 || cOperator.m_eOutContent != ClImage::eUnknown);
         for (const ClImage* const pPlane : cOperator.m_apInPlane)
             bWhole = bWhole && (pPlane == nullptr || IsWholePlane(*pPlane, c.In()));
         return bWhole;
@@ -424,6 +435,7 @@ void SetUpStretch(StBench& c)
 void SetUpStretchNoiseRemoving(StBench& c)
 {
     auto& cOperator = InstallInPlace<ClIpStretchRangeGlobalNoiseRemoving>(c);
+    cOperator.m_pOutImage = c.Out(); // always: without an output it works in place
     MakeAny(c.In(), c.m_cBytes);
     SetRanges(cOperator, c.m_cBytes);
     cOperator.m_dDarkNoisePart = c.m_cBytes.OneIn(8) ? Real(c.m_cBytes) : c.m_cBytes.Byte() / 255.0;
