@@ -3,7 +3,7 @@
 // slap at 500 pixels per inch. Where OpenCV is installed, its nearest function runs beside them on one thread, under
 // the operator's name with /opencv behind it. An item is a pixel of the input.
 
-#include "SlapPicture.hpp"
+#include "BenchPictures.hpp"
 
 #include "RDImageProcessing/BoxMean.hpp"
 #include "RDImageProcessing/IpBinarizeAutoThreshold.hpp"
@@ -31,44 +31,12 @@
 
 namespace
 {
-constexpr int n500Ppi = 19685; // pels per metre
-constexpr int n100Ppi = 3937;
-
-/// A part of a drawn hand, grey.
-std::unique_ptr<ClImage> DrawHand(int nPels, int nX, int nY, int nWidth, int nHeight)
-{
-    ClSlapScene cHand = SlapScenes::FourFingers(SlapScenes::eRightHand, nPels);
-    cHand.m_nHeight = 76240; // micrometres: 1500 rows at 500 pixels per inch
-    const ClSlapPicture cPicture(cHand);
-    auto pGrey = std::make_unique<ClImage>(nWidth, nHeight, 1, nPels, nPels);
-    for (int y = 0; y < nHeight; ++y)
-    {
-        const auto nFirst = static_cast<std::ptrdiff_t>(nY + y) * cPicture.m_nWidth + nX;
-        std::copy_n(cPicture.m_aPixels.begin() + nFirst, nWidth, Row<unsigned char>(*pGrey, y));
-    }
-    return pGrey;
-}
-
-/// The picture of a width, made when a benchmark first asks for it.
-ClImage& PictureOf(int nWidth)
-{
-    static std::map<int, std::unique_ptr<ClImage>> aMade;
-    std::unique_ptr<ClImage>& pImage = aMade[nWidth];
-    if (pImage == nullptr)
-    {
-        pImage = nWidth == 320   ? DrawHand(n100Ppi, 0, 0, 320, 300)
-                 : nWidth == 500 ? DrawHand(n500Ppi, 400, 700, 500, 600)
-                                 : DrawHand(n500Ppi, 0, 0, 1600, 1500);
-    }
-    return *pImage;
-}
-
 using Pixels_t = void (*)(ClImage& cIn, ClImage& cOut, int nArgument);
 
 /// A run again and again.
 void Repeat(benchmark::State& cState, int nWidth, int nArgument, Pixels_t pRun)
 {
-    ClImage& cIn = PictureOf(nWidth);
+    ClImage& cIn = GreyOf(nWidth);
     ClImage cOut;
     for (auto _ : cState)
     {
@@ -197,7 +165,7 @@ using Mats_t = void (*)(const cv::Mat& cIn, cv::Mat& cOut, int nArgument);
 void RepeatOpenCv(benchmark::State& cState, int nWidth, int nArgument, Mats_t pRun)
 {
     cv::setNumThreads(1);
-    const cv::Mat cIn = MatOf(PictureOf(nWidth));
+    const cv::Mat cIn = MatOf(GreyOf(nWidth));
     cv::Mat cOut;
     for (auto _ : cState)
     {

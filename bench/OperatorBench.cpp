@@ -2,7 +2,7 @@
 // 600 the cut-out of a finger, 1600 by 1500 a whole slap at 500 pixels per inch. Where OpenCV is installed, its nearest
 // function runs beside them on one thread, under the operator's name with /opencv behind it. An item is a pixel.
 
-#include "SlapPicture.hpp"
+#include "BenchPictures.hpp"
 
 #include "RDImageProcessing/Histogram.hpp"
 #include "RDImageProcessing/IpBinarizeAutoThreshold.hpp"
@@ -14,6 +14,8 @@
 #include "RDImageProcessing/IpFloodFillLabeling.hpp"
 #include "RDImageProcessing/IpGammaCorrection.hpp"
 #include "RDImageProcessing/IpLabeling.hpp"
+#include "RDImageProcessing/IpRgbToGrey.hpp"
+#include "RDImageProcessing/IpStretchRangeGlobalNoiseRemoving.hpp"
 
 #include <benchmark/benchmark.h>
 
@@ -23,82 +25,28 @@
 
 #include <algorithm>
 #include <cstring>
-#include <map>
-#include <memory>
 #include <string>
-#include <utility>
 
 namespace
 {
-constexpr int n500Ppi = 19685; // pels per metre
-constexpr int n100Ppi = 3937;
-
-/// A part of a drawn hand: grey as it comes, and as its objects, black on white.
-struct ClBenchImages
-{
-    ClImage m_cGrey;
-    ClImage m_cObjects;
-};
-
-void DrawHand(int nPels, int nX, int nY, int nWidth, int nHeight, ClImage& cGrey)
-{
-    ClSlapScene cHand = SlapScenes::FourFingers(SlapScenes::eRightHand, nPels);
-    cHand.m_nHeight = 76240; // micrometres: 1500 rows at 500 pixels per inch
-    const ClSlapPicture cPicture(cHand);
-    cGrey.NewWithType(ClImage::eUInt8, nWidth, nHeight, 1, nPels, nPels);
-    for (int y = 0; y < nHeight; ++y)
-    {
-        const auto nFirst = static_cast<std::ptrdiff_t>(nY + y) * cPicture.m_nWidth + nX;
-        std::copy_n(cPicture.m_aPixels.begin() + nFirst, nWidth, Row<unsigned char>(cGrey, y));
-    }
-}
-
-/// Objects as the detection and the refinement have them: of the smoothed picture.
-std::unique_ptr<ClBenchImages> MakeImages(int nWidth)
-{
-    auto pImages = std::make_unique<ClBenchImages>();
-    int nSmoothing = 20; // pixels, as in the refinement
-    switch (nWidth)
-    {
-    case 320:
-        DrawHand(n100Ppi, 0, 0, 320, 300, pImages->m_cGrey);
-        nSmoothing = 5;
-        break;
-    case 500: DrawHand(n500Ppi, 400, 700, 500, 600, pImages->m_cGrey); break;
-    default: DrawHand(n500Ppi, 0, 0, 1600, 1500, pImages->m_cGrey); break;
-    }
-    ClImage cSmooth;
-    ClIpFilterMid().ApplyParam(pImages->m_cGrey, cSmooth, nSmoothing);
-    ClIpBinarizeAutoThreshold().ApplyParam(cSmooth, pImages->m_cObjects, ClIpBinarizeAutoThreshold::ModeFuzzyEntropy);
-    return pImages;
-}
-
-/// The pictures of a width, made when a benchmark first asks for them.
-ClBenchImages& ImagesOf(const benchmark::State& cState)
-{
-    static std::map<long, std::unique_ptr<ClBenchImages>> aMade;
-    std::unique_ptr<ClBenchImages>& pImages = aMade[cState.range(0)];
-    if (pImages == nullptr) pImages = MakeImages(static_cast<int>(cState.range(0)));
-    return *pImages;
-}
-
-/// fn(images) again and again.
+/// fn(grey, objects) again and again.
 template <class Fn> void Repeat(benchmark::State& cState, Fn&& fn)
 {
-    ClBenchImages& cImages = ImagesOf(cState);
+    const int nWidth = static_cast<int>(cState.range(0));
+    ClImage& cGrey = GreyOf(nWidth);
+    ClImage& cObjects = ObjectsOf(nWidth);
     for (auto _ : cState)
     {
-        fn(cImages);
+        fn(cGrey, cObjects);
         benchmark::ClobberMemory();
     }
-    const std::int64_t nPixels = std::int64_t{cImages.m_cGrey.m_nWidth} * cImages.m_cGrey.m_nHeight;
-    cState.SetItemsProcessed(cState.iterations() * nPixels);
+    cState.SetItemsProcessed(cState.iterations() * cGrey.m_nWidth * cGrey.m_nHeight);
 }
 
 void Copy(benchmark::State& cState)
 {
     ClImage cOut;
-    Repeat(cState, [&](ClBenchImages& c) { cOut = c.m_cGrey; });
+    Repeat(cState, [&](ClImage& cGrey, ClImage&) { cOut = cGrey; });
 }
 
 void Labels(benchmark::State& cState)
@@ -107,9 +55,9 @@ void Labels(benchmark::State& cState)
     ClIpLabeling cLabeling;
     cLabeling.m_pOutImage = &cOut;
     Repeat(cState,
-           [&](ClBenchImages& c)
+           [&](ClImage&, ClImage& cObjects)
            {
-               cLabeling.m_pInImage = &c.m_cObjects;
+               cLabeling.m_pInImage = &cObjects;
                cLabeling.Apply();
            });
 }
@@ -122,10 +70,10 @@ template <bool bLabelImage> void Components(benchmark::State& cState)
     cMeasure.m_pComponents = &aComponents;
     cMeasure.m_pOutImage = bLabelImage ? &cLabels : nullptr;
     Repeat(cState,
-           [&](ClBenchImages& c)
+           [&](ClImage&, ClImage& cObjects)
            {
                aComponents.Clear();
-               cMeasure.pInImage = &c.m_cObjects;
+               cMeasure.pInImage = &cObjects;
                cMeasure.Apply();
            });
 }
@@ -136,9 +84,9 @@ void FloodFillLabeling(benchmark::State& cState)
     ClIpFloodFillLabeling cLabeling;
     cLabeling.m_pOutImage = &cOut;
     Repeat(cState,
-           [&](ClBenchImages& c)
+           [&](ClImage&, ClImage& cObjects)
            {
-               cLabeling.m_pInImage = &c.m_cObjects;
+               cLabeling.m_pInImage = &cObjects;
                cLabeling.Apply();
            });
 }
@@ -150,9 +98,9 @@ void FloodFillGround(benchmark::State& cState)
     cFill.m_pOutImage = &cOut;
     cFill.m_nFillColor = 1;
     Repeat(cState,
-           [&](ClBenchImages& c)
+           [&](ClImage&, ClImage& cObjects)
            {
-               cFill.m_pInImage = &c.m_cObjects;
+               cFill.m_pInImage = &cObjects;
                cFill.Apply();
            });
 }
@@ -164,9 +112,9 @@ void CountFill(benchmark::State& cState)
     cFill.m_pOutImage = &cOut;
     cFill.m_nCountThresh = 100;
     Repeat(cState,
-           [&](ClBenchImages& c)
+           [&](ClImage&, ClImage& cObjects)
            {
-               cFill.m_pInImage = &c.m_cObjects;
+               cFill.m_pInImage = &cObjects;
                cFill.Apply();
            });
 }
@@ -174,21 +122,43 @@ void CountFill(benchmark::State& cState)
 void Histogram(benchmark::State& cState)
 {
     ClHistogram cHistogram;
-    Repeat(cState, [&](ClBenchImages& c) { cHistogram.Create(c.m_cGrey); });
+    Repeat(cState, [&](ClImage& cGrey, ClImage&) { cHistogram.Create(cGrey); });
 }
 
 void Gamma(benchmark::State& cState)
 {
     ClImage cOut;
     ClIpGammaCorrection cGamma;
-    Repeat(cState, [&](ClBenchImages& c) { cGamma.ApplyParam(c.m_cGrey, cOut, 0, 255, 0.8); });
+    Repeat(cState, [&](ClImage& cGrey, ClImage&) { cGamma.ApplyParam(cGrey, cOut, 0, 255, 0.8); });
 }
 
 void Threshold(benchmark::State& cState)
 {
     ClImage cOut;
     ClIpBinarizeGlobal cBinarize;
-    Repeat(cState, [&](ClBenchImages& c) { cBinarize.ApplyParam(c.m_cGrey, cOut, 200.0); });
+    Repeat(cState, [&](ClImage& cGrey, ClImage&) { cBinarize.ApplyParam(cGrey, cOut, 200.0); });
+}
+
+template <ClIpBinarizeAutoThreshold::eProcessingMode eMode> void AutoThreshold(benchmark::State& cState)
+{
+    ClImage cOut;
+    ClIpBinarizeAutoThreshold cBinarize;
+    Repeat(cState, [&](ClImage& cGrey, ClImage&) { cBinarize.ApplyParam(cGrey, cOut, eMode); });
+}
+
+/// With the shares of the detection.
+void Stretch(benchmark::State& cState)
+{
+    ClImage cOut;
+    ClIpStretchRangeGlobalNoiseRemoving cStretch;
+    Repeat(cState, [&](ClImage& cGrey, ClImage&) { cStretch.ApplyParam(cGrey, cOut, 0.02, 0.07); });
+}
+
+void Grey(benchmark::State& cState)
+{
+    ClImage& cColour = ColourOf(static_cast<int>(cState.range(0)));
+    ClImage cOut;
+    Repeat(cState, [&](ClImage&, ClImage&) { ClIpRgbToGrey().ApplyParam(cColour, cOut, ClIpRgbToGrey::Luminance); });
 }
 
 /// Half of the picture's sides, from its middle.
@@ -196,12 +166,12 @@ void Cut(benchmark::State& cState)
 {
     ClIpCut cCut;
     Repeat(cState,
-           [&](ClBenchImages& c)
+           [&](ClImage& cGrey, ClImage&)
            {
-               const int nWidth = c.m_cGrey.m_nWidth / 2;
-               const int nHeight = c.m_cGrey.m_nHeight / 2;
+               const int nWidth = cGrey.m_nWidth / 2;
+               const int nHeight = cGrey.m_nHeight / 2;
                ClImage cOut;
-               cCut.ApplyParam(c.m_cGrey, nWidth / 2, nHeight / 2, nWidth, nHeight, cOut);
+               cCut.ApplyParam(cGrey, nWidth / 2, nHeight / 2, nWidth, nHeight, cOut);
            });
 }
 
@@ -209,7 +179,7 @@ void CutBiggestComponent(benchmark::State& cState)
 {
     ClImage cOut;
     ClIpCutBiggestComponent cCut;
-    Repeat(cState, [&](ClBenchImages& c) { cCut.ApplyParam(c.m_cObjects, cOut); });
+    Repeat(cState, [&](ClImage&, ClImage& cObjects) { cCut.ApplyParam(cObjects, cOut); });
 }
 
 #ifdef KORMELIN_BENCH_OPENCV
@@ -222,7 +192,7 @@ cv::Mat MatOf(ClImage& cImage)
 /// OpenCV's objects are the samples that are not 0.
 cv::Mat InvertedObjects(const benchmark::State& cState)
 {
-    return 255 - MatOf(ImagesOf(cState).m_cObjects);
+    return 255 - MatOf(ObjectsOf(static_cast<int>(cState.range(0))));
 }
 
 void OpenCvComponents(benchmark::State& cState)
@@ -230,7 +200,8 @@ void OpenCvComponents(benchmark::State& cState)
     cv::setNumThreads(1);
     const cv::Mat cObjects = InvertedObjects(cState);
     cv::Mat cLabels, cStats, cCentroids;
-    Repeat(cState, [&](ClBenchImages&) { cv::connectedComponentsWithStats(cObjects, cLabels, cStats, cCentroids, 4); });
+    Repeat(cState,
+           [&](ClImage&, ClImage&) { cv::connectedComponentsWithStats(cObjects, cLabels, cStats, cCentroids, 4); });
 }
 
 void OpenCvLabels(benchmark::State& cState)
@@ -238,7 +209,7 @@ void OpenCvLabels(benchmark::State& cState)
     cv::setNumThreads(1);
     const cv::Mat cObjects = InvertedObjects(cState);
     cv::Mat cLabels;
-    Repeat(cState, [&](ClBenchImages&) { cv::connectedComponents(cObjects, cLabels, 4); });
+    Repeat(cState, [&](ClImage&, ClImage&) { cv::connectedComponents(cObjects, cLabels, 4); });
 }
 
 void OpenCvFloodFill(benchmark::State& cState)
@@ -246,9 +217,9 @@ void OpenCvFloodFill(benchmark::State& cState)
     cv::setNumThreads(1);
     cv::Mat cOut;
     Repeat(cState,
-           [&](ClBenchImages& c)
+           [&](ClImage&, ClImage& cObjects)
            {
-               MatOf(c.m_cObjects).copyTo(cOut);
+               MatOf(cObjects).copyTo(cOut);
                cv::floodFill(cOut, cv::Point(0, 0), cv::Scalar(1), nullptr, cv::Scalar(), cv::Scalar(), 4);
            });
 }
@@ -261,10 +232,10 @@ void OpenCvHistogram(benchmark::State& cState)
     const float* pRange = afRange;
     cv::Mat cCounts;
     Repeat(cState,
-           [&](ClBenchImages& c)
+           [&](ClImage& cGrey, ClImage&)
            {
-               const cv::Mat cGrey = MatOf(c.m_cGrey);
-               cv::calcHist(&cGrey, 1, &nChannel, cv::Mat(), cCounts, 1, &nBins, &pRange);
+               const cv::Mat cIn = MatOf(cGrey);
+               cv::calcHist(&cIn, 1, &nChannel, cv::Mat(), cCounts, 1, &nBins, &pRange);
            });
 }
 
@@ -273,14 +244,30 @@ void OpenCvTable(benchmark::State& cState)
     cv::setNumThreads(1);
     cv::Mat cTable(1, 256, CV_8UC1), cOut;
     for (int i = 0; i < 256; ++i) cTable.at<unsigned char>(i) = static_cast<unsigned char>(i * i / 255);
-    Repeat(cState, [&](ClBenchImages& c) { cv::LUT(MatOf(c.m_cGrey), cTable, cOut); });
+    Repeat(cState, [&](ClImage& cGrey, ClImage&) { cv::LUT(MatOf(cGrey), cTable, cOut); });
 }
 
 void OpenCvThreshold(benchmark::State& cState)
 {
     cv::setNumThreads(1);
     cv::Mat cOut;
-    Repeat(cState, [&](ClBenchImages& c) { cv::threshold(MatOf(c.m_cGrey), cOut, 199, 255, cv::THRESH_BINARY); });
+    Repeat(cState, [&](ClImage& cGrey, ClImage&) { cv::threshold(MatOf(cGrey), cOut, 199, 255, cv::THRESH_BINARY); });
+}
+
+void OpenCvCopy(benchmark::State& cState)
+{
+    cv::Mat cOut;
+    Repeat(cState, [&](ClImage& cGrey, ClImage&) { MatOf(cGrey).copyTo(cOut); });
+}
+
+void OpenCvGrey(benchmark::State& cState)
+{
+    cv::setNumThreads(1);
+    ClImage& cColour = ColourOf(static_cast<int>(cState.range(0)));
+    const cv::Mat cIn(cColour.m_nHeight, cColour.m_nWidth, CV_8UC3, cColour.Data(),
+                      static_cast<std::size_t>(cColour.Stride()));
+    cv::Mat cOut;
+    Repeat(cState, [&](ClImage&, ClImage&) { cv::cvtColor(cIn, cOut, cv::COLOR_BGR2GRAY); });
 }
 #endif
 
@@ -306,9 +293,15 @@ bool RegisterAll()
     small("Histogram", Histogram);
     small("Table", Gamma);
     all("Threshold", Threshold);
+    Register("AutoThresholdYager", AutoThreshold<ClIpBinarizeAutoThreshold::ModeFuzzyYager>, {320});
+    Register("AutoThresholdEntropy", AutoThreshold<ClIpBinarizeAutoThreshold::ModeFuzzyEntropy>, {500});
+    Register("Stretch", Stretch, {320});
+    Register("Grey", Grey, {1600});
     all("Cut", Cut);
     Register("CutBiggestComponent", CutBiggestComponent, {1600});
 #ifdef KORMELIN_BENCH_OPENCV
+    all("Copy/opencv", OpenCvCopy);
+    Register("Grey/opencv", OpenCvGrey, {1600});
     small("Labels/opencv", OpenCvLabels);
     all("Components/opencv", OpenCvComponents);
     small("FloodFill/opencv", OpenCvFloodFill);

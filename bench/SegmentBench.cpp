@@ -1,6 +1,7 @@
 // Whole runs through the exported functions: KSSegmentBitmap in both modes, on drawn slaps and, where KORMELIN_SLAPS
 // names their folder, on real ones. An item is a pixel of the input, so that M/s are megapixels per second.
 
+#include "BenchPictures.hpp"
 #include "SlapPicture.hpp"
 #include "SlapRun.hpp"
 
@@ -8,19 +9,24 @@
 
 #include <benchmark/benchmark.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 #include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 namespace
 {
-constexpr int n500Ppi = 19685; // pels per metre
+constexpr int n1000Ppi = 39370;                         // pels per metre
+constexpr double dLean = 0.35;                          // radians
+constexpr long nRefused = FPC_ERROR_PARAM_OUT_OF_RANGE; // of more than two fingers, after a whole run
 
 /// A BMP file in memory with the result that each run on it must have. The fingers are known of drawn pictures only.
 struct ClBenchPicture
@@ -70,30 +76,53 @@ Picture_t Once(Picture_t pMake)
     };
 }
 
+/// A handle that cuts one picture again and again, without copying the results out.
+class ClBenchHandle
+{
+public:
+    ClBenchHandle(const ClBenchPicture& cPicture, long nMode)
+        : m_aFile(cPicture.m_aFile), m_nExpected(nMode == 1 ? 0 : cPicture.m_nCode)
+    {
+        KSInitialize(nullptr);
+        KSCreateSegmentationHandle(&m_hSegmentation);
+        KSSetPropertyLongA(m_hSegmentation, "SegmentationMode", nMode);
+    }
+    ~ClBenchHandle()
+    {
+        KSDestroyHandle(&m_hSegmentation);
+        KSUninitialize();
+    }
+    ClBenchHandle(const ClBenchHandle&) = delete;
+    ClBenchHandle& operator=(const ClBenchHandle&) = delete;
+
+    bool Run()
+    {
+        const auto* pBitmap = static_cast<const tagBITMAPINFOHEADER*>(static_cast<const void*>(m_aFile.data()));
+        return KSSegmentBitmap(m_hSegmentation, pBitmap, m_aFile.size()) == m_nExpected;
+    }
+
+private:
+    const std::vector<std::uint8_t> m_aFile;
+    const long m_nExpected;
+    void* m_hSegmentation = nullptr;
+};
+
 void CheckedSegment(benchmark::State& cState, const ClBenchPicture& cPicture, long nMode)
 {
-    const std::vector<std::uint8_t>& aFile = cPicture.m_aFile;
-    if (!IsRight(cPicture, nMode, ClSlapRunner(nMode).Run(aFile)))
+    if (!IsRight(cPicture, nMode, ClSlapRunner(nMode).Run(cPicture.m_aFile)))
     {
         cState.SkipWithError("wrong result");
         return;
     }
-    void* hSegmentation = nullptr;
-    KSInitialize(nullptr);
-    KSCreateSegmentationHandle(&hSegmentation);
-    KSSetPropertyLongA(hSegmentation, "SegmentationMode", nMode);
-    const auto* pBitmap = static_cast<const tagBITMAPINFOHEADER*>(static_cast<const void*>(aFile.data()));
-    const long nExpected = nMode == 1 ? 0 : cPicture.m_nCode;
+    ClBenchHandle cHandle(cPicture, nMode);
     for (auto _ : cState)
     {
-        if (KSSegmentBitmap(hSegmentation, pBitmap, aFile.size()) != nExpected)
+        if (!cHandle.Run())
         {
             cState.SkipWithError("wrong code");
             break;
         }
     }
-    KSDestroyHandle(&hSegmentation);
-    KSUninitialize();
     cState.SetItemsProcessed(cState.iterations() * cPicture.Pixels());
 }
 
@@ -107,6 +136,32 @@ void Segment(benchmark::State& cState, const Picture_t& picture, long nMode)
     {
         cState.SkipWithError(e.what());
     }
+}
+
+/// In an iteration each of so many threads makes nRunsOfThread runs on a handle of its own.
+void Threads(benchmark::State& cState, const Picture_t& picture)
+{
+    constexpr int nRunsOfThread = 20;
+    const ClBenchPicture cPicture = picture();
+    std::deque<ClBenchHandle> aHandles;
+    for (long i = 0; i < cState.range(0); ++i) aHandles.emplace_back(cPicture, 0);
+    std::atomic<bool> bRight{true};
+    for (auto _ : cState)
+    {
+        std::vector<std::thread> aThreads;
+        for (ClBenchHandle& cHandle : aHandles)
+        {
+            aThreads.emplace_back(
+                [&]
+                {
+                    for (int i = 0; i < nRunsOfThread; ++i)
+                        if (!cHandle.Run()) bRight = false;
+                });
+        }
+        for (std::thread& cThread : aThreads) cThread.join();
+    }
+    if (!bRight) cState.SkipWithError("wrong code");
+    cState.SetItemsProcessed(cState.iterations() * cState.range(0) * nRunsOfThread * cPicture.Pixels());
 }
 
 // The floor: what merely moving the pixels of a four-finger slap costs.
@@ -130,14 +185,6 @@ ClBenchPicture Drawn(const ClSlapScene& cScene, long nCode)
     return {cPicture.BmpFile(), nCode, static_cast<long>(cPicture.m_aFingers.size()), cPicture.m_aFingers};
 }
 
-// 1600 by 1500 pixels, the usual size of a slap of four fingers.
-ClSlapScene BigHand()
-{
-    ClSlapScene cHand = SlapScenes::FourFingers(SlapScenes::eRightHand, n500Ppi);
-    cHand.m_nHeight = 76240; // micrometres: 1500 rows
-    return cHand;
-}
-
 void RegisterBothModes(const std::string& sName, Picture_t pMake)
 {
     const Picture_t picture = Once(std::move(pMake));
@@ -152,19 +199,34 @@ void RegisterBothModes(const std::string& sName, Picture_t pMake)
 bool RegisterAll()
 {
     benchmark::RegisterBenchmark("Memcpy/1600x1500", Memcpy)->Unit(benchmark::kMillisecond);
-    RegisterBothModes("two-fingers", [] { return Drawn(SlapScenes::TwoFingers(n500Ppi), FPC_SUCCESS); });
-    RegisterBothModes("four-fingers-1600x1500", [] { return Drawn(BigHand(), FPC_ERROR_PARAM_OUT_OF_RANGE); });
+    const auto drawn = [](const std::string& sName, ClSlapScene (*pScene)(), long nCode)
+    { RegisterBothModes(sName, [=] { return Drawn(pScene(), nCode); }); };
+    drawn(
+        "two-fingers", [] { return SlapScenes::TwoFingers(n500Ppi); }, FPC_SUCCESS);
+    drawn(
+        "two-fingers-1000ppi", [] { return SlapScenes::TwoFingers(n1000Ppi); }, FPC_SUCCESS);
+    drawn(
+        "four-fingers-1600x1500", [] { return FourFingerScene(n500Ppi); }, nRefused);
+    drawn(
+        "four-fingers-3200x3000-1000ppi", [] { return FourFingerScene(n1000Ppi); }, nRefused);
+    drawn(
+        "leaning-hand", [] { return SlapScenes::LeaningHand(dLean, n500Ppi); }, nRefused);
+    benchmark::RegisterBenchmark("Threads/four-fingers-1600x1500", [](benchmark::State& cState)
+                                 { Threads(cState, [] { return Drawn(FourFingerScene(n500Ppi), nRefused); }); })
+        ->Arg(1)
+        ->Arg(2)
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
     if (const char* szFolder = std::getenv("KORMELIN_SLAPS"))
     {
-        const std::string sPath = std::string(szFolder) + "/nist-left-four-2";
-        RegisterBothModes("nist-left-four-2-pair-left",
-                          [=] {
-                              return ClBenchPicture{ReadWholeFile(sPath + "-pair-left.bmp"), FPC_SUCCESS, 2, {}};
-                          });
-        RegisterBothModes("nist-left-four-2",
-                          [=] {
-                              return ClBenchPicture{ReadWholeFile(sPath + ".bmp"), FPC_ERROR_PARAM_OUT_OF_RANGE, 4, {}};
-                          });
+        const auto real = [&](const std::string& sName, long nCode, long nCount)
+        {
+            const std::string sPath = szFolder + ("/" + sName + ".bmp");
+            RegisterBothModes(sName, [=] { return ClBenchPicture{ReadWholeFile(sPath), nCode, nCount, {}}; });
+        };
+        real("nist-left-four-2-pair-left", FPC_SUCCESS, 2);
+        real("nist-left-four-2", nRefused, 4);
+        real("nist-right-four-1", nRefused, 3); // leaning
     }
     return true;
 }
