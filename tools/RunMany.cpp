@@ -27,7 +27,7 @@ enum EExit
     eExitUsage = 2
 };
 
-constexpr double dMostBytesPerPixel = 6.0; // of the input, at the peak, the picture itself not counted
+constexpr double dMostBytesPerPixel = 4.0; // of the input, at the peak, the picture itself not counted
 constexpr long nSettledRun = 10;           // memory that is kept from run to run is there by then
 
 struct ClOptions

@@ -188,6 +188,7 @@ long ClIpFourPrintSegmentation::CutAndJudge(ClImage& cGrey, double dAngle)
                            abAtImageEdge[nBox], bFarFromEdge, static_cast<unsigned long>(m_pInImage->m_nWidth),
                            static_cast<unsigned long>(m_pInImage->m_nHeight));
     }
+    cGrey.Delete(); // the cut-outs serve from here on: the refinement gets the room of a turned picture
     if (m_bRefineFingers)
     {
         RefineFingers(abAtImageEdge);
