@@ -1,6 +1,8 @@
 #include "RDAfisTools/IpFourPrintSegmentation.hpp"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace
 {
@@ -47,17 +49,134 @@ double SharedArea(const StPlace& cFirst, const StPlace& cSecond)
            overlap(cFirst.m_nBottom, cFirst.m_nTop, cSecond.m_nBottom, cSecond.m_nTop);
 }
 
-void RemoveBox(ClIpFourPrintSegmentation::Images_t& aImages, ClIpFourPrintSegmentation::Boxes_t& aBoxes,
-               ClIpFourPrintSegmentation::Boxes_t& aOrigins, int& nCount, int nBox)
+/// How far each of the boxes stands above the others: the sum of the sines of the slopes from them up to it. The sums
+/// are of single precision and run in the order of the boxes; which is the smallest depends on how they round.
+class ClRises
+{
+public:
+    ClRises(ClIpFourPrintSegmentation& cOwner, const ClIpFourPrintSegmentation::Boxes_t& aBoxes,
+            const ClIpFourPrintSegmentation::Boxes_t& aOrigins, int nCount)
+        : m_nCount(static_cast<unsigned long>(nCount)), m_aBoxes(m_nCount)
+    {
+        for (int i = 0; i < nCount; ++i)
+        {
+            const StPlace cPlace(cOwner, aBoxes, aOrigins, i);
+            m_aBoxes[static_cast<unsigned long>(i)] = {cPlace.CenterX(), cPlace.CenterY(), 0.0, 0.0};
+        }
+        Estimate();
+    }
+
+    /// The first of the boxes whose sum is the smallest. Only where the estimates leave it open a sum is worked out.
+    int Lowest() const
+    {
+        double dLimit = m_aBoxes[0].dRise + m_aBoxes[0].dError;
+        for (unsigned long i = 1; i < m_nCount; ++i)
+        {
+            dLimit = std::min(dLimit, m_aBoxes[i].dRise + m_aBoxes[i].dError);
+        }
+        bool bFound = false;
+        unsigned long nLowest = 0;
+        float fLowest = 0.0f;
+        for (unsigned long i = 0; i < m_nCount; ++i)
+        {
+            if (m_aBoxes[i].dRise - m_aBoxes[i].dError > dLimit)
+            {
+                continue;
+            }
+            const float fSum = Sum(i);
+            if (!bFound || fSum < fLowest)
+            {
+                bFound = true;
+                nLowest = i;
+                fLowest = fSum;
+            }
+        }
+        return static_cast<int>(nLowest);
+    }
+
+    void Remove(int nBox)
+    {
+        const auto nGone = static_cast<unsigned long>(nBox);
+        for (unsigned long i = 0; i < m_nCount; ++i)
+        {
+            m_aBoxes[i].dRise -= i != nGone ? static_cast<double>(Sine(i, nGone)) : 0.0;
+        }
+        std::copy(m_aBoxes.m_pData + nGone + 1, m_aBoxes.m_pData + m_nCount, m_aBoxes.m_pData + nGone);
+        --m_nCount;
+        if (m_nCount < m_nEstimated / 2)
+        {
+            Estimate(); // the errors have become too large for so few
+        }
+    }
+
+private:
+    struct StBox
+    {
+        float fX;
+        float fY;
+        double dRise;  // the sum without its rounding
+        double dError; // at most this far from the rounded one
+    };
+
+    float Sine(unsigned long nBox, unsigned long nOther) const
+    {
+        const float fDx = std::fabs(m_aBoxes[nBox].fX - m_aBoxes[nOther].fX);
+        const float fDy = m_aBoxes[nBox].fY - m_aBoxes[nOther].fY;
+        return sinf(static_cast<float>(std::atan2(static_cast<double>(fDy), static_cast<double>(fDx))));
+    }
+
+    float Sum(unsigned long nBox) const
+    {
+        float fSum = 0.0f;
+        if (m_aBoxes[nBox].dError == 0.0) // all are of the same height
+        {
+            return fSum;
+        }
+        for (unsigned long i = 0; i < m_nCount; ++i)
+        {
+            fSum += i != nBox ? Sine(nBox, i) : 0.0f;
+        }
+        return fSum;
+    }
+
+    /// A sum of n terms in single precision is off by at most n * 2^-24 / (1 - n * 2^-24) times the sum of their
+    /// absolute values. Up to 2^22 terms twice n * 2^-24 is more than that, by enough for the estimate's own rounding,
+    /// and holds for what is left of the sum when terms are taken away.
+    void Estimate()
+    {
+        constexpr unsigned long nMostTerms = 1ul << 22;
+        const double dShare = m_nCount < nMostTerms ? std::ldexp(static_cast<double>(m_nCount), -23)
+                                                    : std::numeric_limits<double>::infinity();
+        for (unsigned long i = 0; i < m_nCount; ++i)
+        {
+            double dSum = 0.0;
+            double dAbsolute = 0.0;
+            for (unsigned long j = 0; j < m_nCount; ++j)
+            {
+                const double dSine = i != j ? static_cast<double>(Sine(i, j)) : 0.0;
+                dSum += dSine;
+                dAbsolute += std::fabs(dSine);
+            }
+            m_aBoxes[i].dRise = dSum;
+            m_aBoxes[i].dError = dAbsolute > 0.0 ? dShare * dAbsolute : 0.0;
+        }
+        m_nEstimated = m_nCount;
+    }
+
+    unsigned long m_nCount;
+    unsigned long m_nEstimated = 0; // boxes at the last estimate
+    TpArrayStatic<StBox> m_aBoxes;
+};
+} // namespace
+
+void ClIpFourPrintSegmentation::RemoveBox(Images_t& aImages, Boxes_t& aBoxes, Boxes_t& aOrigins, int& nCount, int nBox)
 {
     const unsigned long nIndex = static_cast<unsigned long>(nBox);
-    aImages.RemoveAt(nIndex);
+    RemoveImage(aImages, nIndex);
     aBoxes.RemoveAt(nIndex);
     aOrigins.RemoveAt(nIndex);
     --nCount;
 }
-} // namespace
-
 /// A finger that has lost its end stands shorter than both its neighbours.
 void ClIpFourPrintSegmentation::RemoveAmputatedFingerprints(Boxes_t& aBoxes, Boxes_t& aOrigins, int& nCount)
 {
@@ -143,29 +262,15 @@ void ClIpFourPrintSegmentation::RemoveOverlappingFingerprintBoxes(Images_t& aIma
 void ClIpFourPrintSegmentation::ReduceFingerCountToMaxOfFourByRules(Images_t& aImages, Boxes_t& aBoxes,
                                                                     Boxes_t& aOrigins, int& nCount)
 {
+    if (nCount <= nMaxFingers)
+    {
+        return;
+    }
+    ClRises cRises(*this, aBoxes, aOrigins, nCount);
     while (nCount > nMaxFingers)
     {
-        TpArrayStatic<float> afSum(static_cast<unsigned long>(nCount));
-        int nLowest = 0;
-        for (int i = 0; i < nCount; ++i)
-        {
-            float& fSum = afSum[static_cast<unsigned long>(i)];
-            fSum = 0.0f;
-            const StPlace cPlace(*this, aBoxes, aOrigins, i);
-            for (int j = 0; j < nCount; ++j)
-            {
-                if (j == i)
-                {
-                    continue;
-                }
-                const StPlace cOther(*this, aBoxes, aOrigins, j);
-                const float fDx = std::fabs(cPlace.CenterX() - cOther.CenterX());
-                const float fDy = cPlace.CenterY() - cOther.CenterY();
-                const double dSlope = std::atan2(static_cast<double>(fDy), static_cast<double>(fDx));
-                fSum += sinf(static_cast<float>(dSlope));
-            }
-            nLowest = fSum < afSum[static_cast<unsigned long>(nLowest)] ? i : nLowest;
-        }
+        const int nLowest = cRises.Lowest();
+        cRises.Remove(nLowest);
         RemoveBox(aImages, aBoxes, aOrigins, nCount, nLowest);
     }
 }

@@ -2,7 +2,9 @@
 
 #include "RDTools/SampleCast.hpp"
 
+#include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace
 {
@@ -45,25 +47,91 @@ bool Near(const Component& cFirst, const Component& cSecond)
     return CastSample<int>(std::sqrt(dX * dX + dY * dY)) < nFragmentDistance;
 }
 
+/// Finds near components without looking at all of them: centres are kept by the squares of a grid in which near ones
+/// lie in the same square or in adjacent ones.
+class ClFragmentGrid
+{
+public:
+    explicit ClFragmentGrid(const Components& aComponents)
+        : m_aComponents(aComponents), m_aPlaces(aComponents.Entries()), m_aGone(aComponents.Entries())
+    {
+        for (unsigned long i = 0; i < m_aPlaces.Entries(); ++i)
+        {
+            const ClVector& cCenter = aComponents[i].m_cCenter;
+            m_aPlaces[i] = {Square(cCenter.m_dY), Square(cCenter.m_dX), i};
+            m_aGone[i] = false;
+        }
+        std::sort(Begin(), End());
+    }
+
+    bool IsGone(unsigned long nEntry) const { return m_aGone[nEntry]; }
+    void Remove(unsigned long nEntry) { m_aGone[nEntry] = true; }
+
+    /// The first other entry that is near and not gone; the number of entries if there is none.
+    unsigned long FirstNear(unsigned long nEntry) const
+    {
+        const ClVector& cCenter = m_aComponents[nEntry].m_cCenter;
+        const long nRow = Square(cCenter.m_dY);
+        const long nColumn = Square(cCenter.m_dX);
+        unsigned long nFirst = m_aPlaces.Entries();
+        for (long y = nRow - 1; y <= nRow + 1; ++y)
+        {
+            const StPlace* p = std::lower_bound(Begin(), End(), StPlace{y, nColumn - 1, 0});
+            for (; p != End() && p->nRow == y && p->nColumn <= nColumn + 1; ++p)
+            {
+                if (p->nEntry < nFirst && p->nEntry != nEntry && !m_aGone[p->nEntry] &&
+                    Near(m_aComponents[nEntry], m_aComponents[p->nEntry]))
+                {
+                    nFirst = p->nEntry;
+                }
+            }
+        }
+        return nFirst;
+    }
+
+private:
+    struct StPlace
+    {
+        long nRow;
+        long nColumn;
+        unsigned long nEntry;
+
+        bool operator<(const StPlace& cOther) const
+        {
+            return std::tie(nRow, nColumn, nEntry) < std::tie(cOther.nRow, cOther.nColumn, cOther.nEntry);
+        }
+    };
+
+    static long Square(double dCoordinate) { return CastSample<int>(std::floor(dCoordinate / nFragmentDistance)); }
+    const StPlace* Begin() const { return m_aPlaces.m_pData; }
+    const StPlace* End() const { return m_aPlaces.m_pData + m_aPlaces.Entries(); }
+    StPlace* Begin() { return m_aPlaces.m_pData; }
+    StPlace* End() { return m_aPlaces.m_pData + m_aPlaces.Entries(); }
+
+    const Components& m_aComponents;
+    TpArrayStatic<StPlace> m_aPlaces;
+    TpArrayStatic<bool> m_aGone;
+};
+
 /// Of two near components the smaller goes; on equal areas the outer one.
 void RemoveFragments(Components& aComponents)
 {
-    unsigned long i = 0;
-    while (i < aComponents.Entries())
+    ClFragmentGrid cGrid(aComponents);
+    for (unsigned long i = 0; i < aComponents.Entries(); ++i)
     {
-        unsigned long j = 0;
-        while (j < aComponents.Entries() && (j == i || !Near(aComponents[i], aComponents[j])))
+        // An entry that stays is looked at again until nothing is near it: so no later one finds it near.
+        while (!cGrid.IsGone(i))
         {
-            ++j;
+            const unsigned long nNear = cGrid.FirstNear(i);
+            if (nNear == aComponents.Entries())
+            {
+                break;
+            }
+            cGrid.Remove(aComponents[i].m_dArea > aComponents[nNear].m_dArea ? nNear : i);
         }
-        if (j == aComponents.Entries())
-        {
-            ++i;
-            continue;
-        }
-        // The scan goes on at the same index, whatever entry has moved there.
-        aComponents.RemoveAt(aComponents[i].m_dArea > aComponents[j].m_dArea ? j : i);
     }
+    unsigned long nEntry = 0;
+    RemoveComponents(aComponents, [&](const Component&) { return cGrid.IsGone(nEntry++); });
 }
 
 int HeightOf(const ClVector& cCenter)

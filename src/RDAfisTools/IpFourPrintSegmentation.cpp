@@ -215,11 +215,21 @@ void ClIpFourPrintSegmentation::DropFingersWithoutImage()
             ++m;
             continue;
         }
-        m_aImages.RemoveAt(m);
+        RemoveImage(m_aImages, m);
         m_aResultBoxes.RemoveAt(m);
         m_aOriginBoxes.RemoveAt(m);
         --m_nFingers;
     }
+}
+
+/// The later images move down one place as they are; assigning them would copy the pixels of all.
+void ClIpFourPrintSegmentation::RemoveImage(Images_t& aImages, unsigned long nIndex)
+{
+    for (unsigned long i = nIndex + 1; i < aImages.Entries(); ++i)
+    {
+        aImages[i - 1].Swap(aImages[i]);
+    }
+    aImages.RemoveAt(aImages.Entries() - 1);
 }
 
 void ClIpFourPrintSegmentation::CollectRectangles()

@@ -175,6 +175,8 @@ private:
     void MakeBoxes(const ClImage& cBinary, Components_t& aComponents, const Marks_t& aSelected, double dAngle);
     void RotateGrey(ClImage& cGrey, double dAngle);
     void DropFingersWithoutImage();
+    static void RemoveImage(Images_t& aImages, unsigned long nIndex);
+    static void RemoveBox(Images_t& aImages, Boxes_t& aBoxes, Boxes_t& aOrigins, int& nCount, int nBox);
     long CutAndJudge(ClImage& cGrey, double dAngle);
     void CollectRectangles();
     void LimitImages();

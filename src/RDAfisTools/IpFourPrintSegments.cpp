@@ -61,7 +61,7 @@ public:
     void AlongRow(int y, unsigned long nLabel)
     {
         m_bCut = true;
-        for (int x = 0; x < m_cImage.m_nWidth; ++x)
+        for (int x = 0; HasByte(nLabel) && x < m_cImage.m_nWidth; ++x)
         {
             Paint(x, y, nLabel);
         }
@@ -70,7 +70,7 @@ public:
     void AlongColumn(int x, unsigned long nLabel)
     {
         m_bCut = true;
-        for (int y = 0; y < m_cImage.m_nHeight; ++y)
+        for (int y = 0; HasByte(nLabel) && y < m_cImage.m_nHeight; ++y)
         {
             Paint(x, y, nLabel);
         }
@@ -80,6 +80,8 @@ public:
     bool m_bPainted = false;
 
 private:
+    static bool HasByte(unsigned long nLabel) { return nLabel <= 255; }
+
     void Paint(int x, int y, unsigned long nLabel)
     {
         if (Row<unsigned char>(m_cLabels, y)[x] == nLabel)

@@ -4,7 +4,6 @@
 #include "SlapPicture.hpp"
 
 #include <algorithm>
-#include <initializer_list>
 #include <vector>
 
 using Box = ClIpFourPrintSegmentation::cBoundingboxes;
@@ -42,7 +41,7 @@ inline void MakeImage(const ClSlapPicture& cPicture, ClImage& cImage)
 /// result box is a place in the input.
 struct ClBoxFixture
 {
-    ClBoxFixture(int nWidth, int nHeight, std::initializer_list<Box> acBox)
+    ClBoxFixture(int nWidth, int nHeight, const std::vector<Box>& acBox)
     {
         m_cInput.Attach(m_acPixel, ClImage::eUInt8, nWidth, nHeight, 1, 3937, 3937);
         m_c.m_pInImage = &m_cInput;

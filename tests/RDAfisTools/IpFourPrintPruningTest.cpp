@@ -1,6 +1,10 @@
 #include "FourPrintTestTools.hpp"
+#include "TestTools.hpp"
 
 #include <gtest/gtest.h>
+
+#include <cmath>
+#include <initializer_list>
 
 namespace
 {
@@ -28,9 +32,9 @@ Fingers AfterOverlap(std::initializer_list<Box> acBox, double dLimit = 0.6)
     return c.Left();
 }
 
-Fingers AfterReduction(std::initializer_list<Box> acBox)
+Fingers AfterReduction(const std::vector<Box>& acBox, int nPictureWidth = 2000)
 {
-    ClBoxFixture c(2000, 2000, acBox);
+    ClBoxFixture c(nPictureWidth, 2000, acBox);
     c.m_c.ReduceFingerCountToMaxOfFourByRules(c.m_c.m_aImages, c.m_c.m_aResultBoxes, c.m_c.m_aOriginBoxes,
                                               c.m_c.m_nFingers);
     return c.Left();
@@ -188,4 +192,70 @@ TEST(IpFourPrintPruning, BoxesBelowAnAbsoluteAreaGo)
     c.m_c.RemoveToSmallFingerprintBoxes(c.m_c.m_aImages, c.m_c.m_aResultBoxes, c.m_c.m_aOriginBoxes, c.m_c.m_nFingers,
                                         100.0);
     EXPECT_EQ((Fingers{1, 3}), c.Left());
+}
+
+namespace
+{
+/// The rule as it is told: all sums anew for each box that goes.
+Fingers ReducedByAllSums(std::vector<Box> acBox)
+{
+    Fingers anLeft;
+    for (int i = 0; i < static_cast<int>(acBox.size()); ++i)
+    {
+        anLeft.push_back(i);
+    }
+    while (acBox.size() > 4)
+    {
+        const auto middle = [](int nFrom, int nTo) { return static_cast<float>(nFrom + (nTo - nFrom) / 2); };
+        std::ptrdiff_t nLowest = 0;
+        float fLowest = 0.0f;
+        for (std::size_t i = 0; i < acBox.size(); ++i)
+        {
+            float fSum = 0.0f;
+            for (std::size_t j = 0; j < acBox.size(); ++j)
+            {
+                const float fDx =
+                    std::fabs(middle(acBox[i].m_nMinX, acBox[i].m_nMaxX) - middle(acBox[j].m_nMinX, acBox[j].m_nMaxX));
+                const float fDy =
+                    middle(acBox[i].m_nMinY, acBox[i].m_nMaxY) - middle(acBox[j].m_nMinY, acBox[j].m_nMaxY);
+                fSum += i == j ? 0.0f : sinf(static_cast<float>(std::atan2(double{fDy}, double{fDx})));
+            }
+            if (i == 0 || fSum < fLowest)
+            {
+                nLowest = static_cast<std::ptrdiff_t>(i);
+                fLowest = fSum;
+            }
+        }
+        acBox.erase(acBox.begin() + nLowest);
+        anLeft.erase(anLeft.begin() + nLowest);
+    }
+    return anLeft;
+}
+} // namespace
+
+TEST(IpFourPrintPruning, AnyNumberOfBoxesIsReducedAsIfAllSumsWereWorkedOutEachTime)
+{
+    ClTestRandom cRandom(3);
+    for (const int nBoxes : {5, 6, 9, 17, 40, 130})
+    {
+        for (const int nPattern : {0, 1, 2, 3, 4, 5, 6})
+        {
+            std::vector<Box> acBox;
+            for (int i = 0; i < nBoxes; ++i)
+            {
+                // Equal heights, two levels, three levels, a slope, a mirrored slope, any heights, any places.
+                const int anHeight[] = {500,
+                                        500 + 150 * (i % 2),
+                                        400 + 70 * (i % 3),
+                                        300 + i * 1200 / nBoxes,
+                                        300 + std::abs(2 * i - nBoxes) * 1200 / nBoxes,
+                                        300 + cRandom.Below(1200),
+                                        300 + cRandom.Below(1200)};
+                const int nX = nPattern == 6 ? cRandom.Below(45 * nBoxes) : 45 * i;
+                acBox.push_back(Sized(nX, anHeight[nPattern], 40, 100));
+            }
+            EXPECT_EQ(ReducedByAllSums(acBox), AfterReduction(acBox, 45 * nBoxes + 100))
+                << nBoxes << " boxes, pattern " << nPattern;
+        }
+    }
 }

@@ -1,6 +1,9 @@
 #include "FourPrintTestTools.hpp"
+#include "TestTools.hpp"
 
 #include <gtest/gtest.h>
+
+#include <cmath>
 
 namespace
 {
@@ -18,7 +21,7 @@ Component At(double dX, double dY, double dArea = 3000.0, double dEccentricity =
 /// Runs the rules on hand-made components.
 struct ClRun
 {
-    explicit ClRun(std::initializer_list<Component> acComponent)
+    explicit ClRun(const std::vector<Component>& acComponent)
     {
         for (const Component& c : acComponent)
         {
@@ -108,6 +111,43 @@ TEST(IpFourPrintRules, AChainOfFragmentsIsResolvedInTheOrderOfTheScan)
     EXPECT_EQ((Areas{1000.0, 4000.0}), ClRun({At(100, 500, 1000), At(500, 500, 4000), At(500, 510, 900),
                                               At(101, 501, 900), At(505, 500, 3000), At(498, 499, 1000)})
                                            .ComponentAreas());
+}
+
+TEST(IpFourPrintRules, CrowdsOfFragmentsAreResolvedInTheOrderOfTheScan)
+{
+    ClTestRandom cRandom(5);
+    for (const int nSide : {100, 300, 1000, 2000})
+    {
+        std::vector<Component> acComponent;
+        for (int i = 0; i < 400; ++i)
+        {
+            acComponent.push_back(
+                At(cRandom.Below(4 * nSide) / 4.0, cRandom.Below(4 * nSide) / 4.0, 200 + cRandom.Below(300)));
+        }
+        const ClRun cRun(acComponent);
+        for (std::size_t i = 0; i < acComponent.size();)
+        {
+            const auto near = [&](const Component& c)
+            {
+                const double dX = c.m_cCenter.m_dX - acComponent[i].m_cCenter.m_dX;
+                const double dY = c.m_cCenter.m_dY - acComponent[i].m_cCenter.m_dY;
+                return &c != &acComponent[i] && static_cast<int>(std::sqrt(dX * dX + dY * dY)) < 44;
+            };
+            const auto cNear = std::find_if(acComponent.begin(), acComponent.end(), near);
+            if (cNear == acComponent.end())
+            {
+                ++i;
+                continue;
+            }
+            acComponent.erase(
+                acComponent[i].m_dArea > cNear->m_dArea ? cNear : acComponent.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+        ASSERT_EQ(acComponent.size(), cRun.m_aComponents.Entries()) << nSide;
+        for (std::size_t i = 0; i < acComponent.size(); ++i)
+        {
+            EXPECT_TRUE(acComponent[i] == cRun.m_aComponents[i]) << nSide;
+        }
+    }
 }
 
 TEST(IpFourPrintRules, CandidatesCarryCentreAreaAndEccentricity)
