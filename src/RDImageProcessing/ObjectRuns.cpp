@@ -38,7 +38,7 @@ int ClObjectRuns::Find(const ClImage& cImage)
 {
     Clear();
     const unsigned long nRowEntries = static_cast<unsigned long>(cImage.m_nHeight) + 1;
-    if (m_anRow.Entries() < nRowEntries)
+    if (m_anRow.m_pData == nullptr || m_anRow.Entries() < nRowEntries) // a count alone may be left of a failure
     {
         m_anRow.New(nRowEntries);
     }

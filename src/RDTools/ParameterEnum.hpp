@@ -5,6 +5,7 @@
 
 #include <strings.h>
 #include <type_traits>
+#include <utility>
 
 /// All enumerations alike, whatever their type.
 class ClParameterEnumInterface
@@ -243,11 +244,18 @@ private:
         return i;
     }
 
+    /// The entries behind it move down by exchange: copies of their names could fail half-way.
     void RemoveEntry(unsigned long nIndex)
     {
-        if (nIndex < m_aMap.Entries())
+        if (nIndex >= m_aMap.Entries())
         {
-            m_aMap.RemoveAt(nIndex);
+            return;
         }
+        for (; nIndex + 1 < m_aMap.Entries(); ++nIndex)
+        {
+            std::swap(m_aMap[nIndex].m_Value, m_aMap[nIndex + 1].m_Value);
+            std::swap(m_aMap[nIndex].m_szName, m_aMap[nIndex + 1].m_szName);
+        }
+        m_aMap.RemoveAt(nIndex);
     }
 };

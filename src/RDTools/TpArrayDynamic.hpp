@@ -23,6 +23,11 @@ public:
     /// Adds nAdd to the capacity; the used elements are copied by assignment. Without memory: ClExBadAlloc, unchanged.
     void Enlarge(unsigned long nAdd)
     {
+        if (this->m_pData == nullptr) // a New without memory has left its old counts
+        {
+            m_nUsed = 0;
+            this->m_nEntries = 0;
+        }
         const unsigned long nCapacity = this->m_nEntries + nAdd;
         if (nCapacity == 0)
         {
@@ -49,7 +54,7 @@ public:
     /// Appends by assignment and returns the index written. The value may be an element of this array.
     unsigned long Add(const T& value)
     {
-        if (m_nUsed < this->m_nEntries)
+        if (m_nUsed < this->m_nEntries && this->m_pData != nullptr)
         {
             this->m_pData[m_nUsed] = value;
             return m_nUsed++;
@@ -61,7 +66,7 @@ public:
     /// effect for an index beyond the end.
     void RemoveAt(unsigned long nIndex)
     {
-        if (nIndex >= m_nUsed)
+        if (nIndex >= m_nUsed || this->m_pData == nullptr)
         {
             return;
         }

@@ -34,7 +34,7 @@ public:
     /// Index of the first element equal to value from nStart upward, or -1 converted to unsigned long.
     unsigned long Find(const T& value, unsigned long nStart) const
     {
-        const unsigned long nEntries = Entries();
+        const unsigned long nEntries = m_pData != nullptr ? Entries() : 0;
         for (unsigned long i = nStart; i < nEntries; ++i)
         {
             if (m_pData[i] == value)

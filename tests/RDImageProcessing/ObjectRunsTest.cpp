@@ -120,3 +120,25 @@ TEST(ObjectRuns, AnExhaustedHeapIsToldAndLeavesNoRuns)
         });
     EXPECT_EQ(3, nFailures); // the rows, the usual room, the rest
 }
+
+TEST(ObjectRuns, ASmallImageAfterALargerOneForWhichThereWasNoMemory)
+{
+    const auto chequers = [](int x, int y) { return (x + y) % 2 == 0; };
+    ClImage cSmall, cLarge, cExpected;
+    FillPattern(cSmall, 7, 5, chequers);
+    FillPattern(cLarge, 401, 100, chequers);
+    for (const long nPassing : {0L, 1L, 2L})
+    {
+        ClObjectRuns cRuns;
+        ASSERT_EQ(18, cRuns.Find(cSmall));
+        PaintByRuns(cRuns, cSmall, cExpected);
+        {
+            const ClFailingHeap cHeap(nPassing);
+            EXPECT_RAISES_CODE(cRuns.Find(cLarge), FPC_ERROR_OUT_OF_MEMORY);
+        }
+        ASSERT_EQ(18, cRuns.Find(cSmall)) << nPassing;
+        ClImage cLabels;
+        PaintByRuns(cRuns, cSmall, cLabels);
+        EXPECT_TRUE(SamePixels(cExpected, cLabels)) << nPassing;
+    }
+}

@@ -1,5 +1,6 @@
 #include "RDTools/ParameterEnum.hpp"
 
+#include "FailingHeap.hpp"
 #include "RDTools/FpImage.hpp"
 #include "TestTools.hpp"
 
@@ -159,6 +160,21 @@ TEST_F(ParameterEnum, RemovingShiftsTheLaterNamesDown)
     m_cShade.RemoveValue("Middle");
     EXPECT_EQ("", names());
     EXPECT_FALSE(m_cShade.IsEnum());
+}
+
+TEST_F(ParameterEnum, RemovingNeedsNoMemory)
+{
+    {
+        const ClFailingHeap cHeap(0);
+        m_cShade.RemoveValue("Dark");
+    }
+    ASSERT_EQ(2u, m_cShade.GetValueNameCount());
+    EXPECT_STREQ("Middle", m_cShade.m_aMap[0].m_szName);
+    EXPECT_STREQ("Bright", m_cShade.m_aMap[1].m_szName);
+    m_cShade.SetValue("Bright");
+    EXPECT_EQ(EShade::eBright, m_eShade);
+    m_cShade.AddValue(EShade::eDark, "Night");
+    EXPECT_STREQ("Night", m_cShade.m_aMap[2].m_szName);
 }
 
 TEST_F(ParameterEnum, ValueNamesAreCopiedIfTheyFit)

@@ -195,4 +195,44 @@ TEST(TpArrayDynamic, ExhaustedHeapLeavesTheArrayAsItWas)
     EXPECT_LT(0, ExpectBadAllocAtEveryAllocation([&] { aImages.Enlarge(1); }));
     EXPECT_TRUE(SamePixels(cImage, aImages[0]));
 }
+
+TEST(TpArrayDynamic, WhatANewWithoutMemoryLeavesCanBeUsed)
+{
+    const auto afterFailure = [](auto&& use)
+    {
+        TpArrayDynamic<int, 3> aValues;
+        aValues.Add(1);
+        aValues.Add(2);
+        {
+            const ClFailingHeap cHeap(0);
+            EXPECT_RAISES_CODE(aValues.New(9), FPC_ERROR_OUT_OF_MEMORY);
+        }
+        EXPECT_EQ(2u, aValues.Entries()) << "the old count stands until the next use";
+        use(aValues);
+    };
+    afterFailure(
+        [](auto& aValues)
+        {
+            EXPECT_EQ(0u, aValues.Add(7));
+            EXPECT_EQ(1u, aValues.Entries());
+            EXPECT_EQ(7, aValues[0]);
+        });
+    afterFailure(
+        [](auto& aValues)
+        {
+            aValues.Clear();
+            EXPECT_EQ(0u, aValues.Add(7));
+            EXPECT_EQ(1u, aValues.Add(8));
+            EXPECT_EQ(7, aValues[0]);
+        });
+    afterFailure(
+        [](auto& aValues)
+        {
+            aValues.Enlarge(4);
+            EXPECT_EQ(0u, aValues.Entries());
+            EXPECT_EQ(4u, aValues.m_nEntries);
+        });
+    afterFailure([](auto& aValues) { aValues.RemoveAt(0); });
+    afterFailure([](auto& aValues) { EXPECT_EQ(nNotFound, aValues.Find(1, 0)); });
+}
 } // namespace

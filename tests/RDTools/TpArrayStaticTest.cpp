@@ -96,6 +96,7 @@ TEST(TpArrayStatic, ExhaustedHeapIsBadAllocAndTheOldContentsAreGone)
     }
     EXPECT_EQ(nullptr, aValues.m_pData);
     EXPECT_EQ(3u, aValues.m_nEntries) << "the old count stands until the next use";
+    EXPECT_EQ(nNotFound, aValues.Find(0, 0)) << "nothing is read behind that count";
     aValues.New(2);
     EXPECT_EQ(2u, aValues.Entries());
     EXPECT_RAISES(aValues.New(ULONG_MAX), ClExBadAlloc, -102, szMessage); // no heap can hold so much
