@@ -1,5 +1,6 @@
 #include "FailingHeap.hpp"
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
@@ -12,13 +13,45 @@
 #define ASAN_UNPOISON_MEMORY_REGION(p, n) (static_cast<void>(p), static_cast<void>(n))
 #endif
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define MALLOC_OF_A_SANITIZER
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define MALLOC_OF_A_SANITIZER
+#endif
+
+// glibc lets a program define these functions, and offers its own under other names.
+#if defined(__GLIBC__) && !defined(MALLOC_OF_A_SANITIZER)
+#define OWN_MALLOC
+extern "C"
+{
+    void* __libc_malloc(std::size_t nSize);                   // NOLINT(bugprone-reserved-identifier)
+    void* __libc_calloc(std::size_t nCount, std::size_t n);   // NOLINT(bugprone-reserved-identifier)
+    void* __libc_realloc(void* p, std::size_t nSize);         // NOLINT(bugprone-reserved-identifier)
+    void* __libc_memalign(std::size_t nAlign, std::size_t n); // NOLINT(bugprone-reserved-identifier)
+    void __libc_free(void* p);                                // NOLINT(bugprone-reserved-identifier)
+}
+#endif
+
 namespace
 {
 constexpr long nUnlimited = -1;
-thread_local long nAllocationsLeft = nUnlimited;
+
+struct StHeap
+{
+    long nLeft = nUnlimited; ///< allocations that pass before the one that fails
+    bool bOnlyThat = false;
+    bool bMalloc = false; ///< malloc and its kin fail and count, too
+    long nFailed = 0;
+    long nLive = 0;
+};
+
+thread_local StHeap cHeap;
 thread_local std::size_t nGreatest = 0;
 
-/// Stands in front of each block; as large as the strictest alignment, so that the block keeps it.
+/// Stands in front of each block; as large as the strictest usual alignment, so that the block keeps it.
 struct alignas(std::max_align_t) StTag
 {
     bool m_bArray;
@@ -27,11 +60,52 @@ struct alignas(std::max_align_t) StTag
 constexpr std::size_t nAnySize = std::size_t(-1) - sizeof(StTag);
 thread_local std::size_t nMostAtOnce = nAnySize;
 
-void* Allocate(std::size_t nSize, bool bArray) noexcept
+/// Whether the next allocation is one that fails.
+bool Fails()
 {
-    if (nAllocationsLeft != nUnlimited && nAllocationsLeft-- <= 0)
+    if (cHeap.nLeft == nUnlimited)
     {
-        nAllocationsLeft = 0;
+        return false;
+    }
+    if (cHeap.nLeft > 0)
+    {
+        --cHeap.nLeft;
+        return false;
+    }
+    cHeap.nLeft = cHeap.bOnlyThat ? nUnlimited : 0;
+    ++cHeap.nFailed;
+    return true;
+}
+
+void* RawBlock(std::size_t nSize, std::size_t nAlignment)
+{
+#if defined(OWN_MALLOC)
+    return nAlignment <= alignof(StTag) ? __libc_malloc(nSize) : __libc_memalign(nAlignment, nSize);
+#else
+    return nAlignment <= alignof(StTag) ? std::malloc(nSize)
+                                        : std::aligned_alloc(nAlignment, (nSize + nAlignment - 1) & ~(nAlignment - 1));
+#endif
+}
+
+void FreeRawBlock(void* p)
+{
+#if defined(OWN_MALLOC)
+    __libc_free(p);
+#else
+    std::free(p);
+#endif
+}
+
+/// Bytes between the start of a raw block and the block that is given out.
+std::size_t Ahead(std::size_t nAlignment)
+{
+    return nAlignment > sizeof(StTag) ? nAlignment : sizeof(StTag);
+}
+
+void* Allocate(std::size_t nSize, bool bArray, std::size_t nAlignment) noexcept
+{
+    if (Fails())
+    {
         return nullptr;
     }
     if (nSize > nGreatest)
@@ -42,19 +116,20 @@ void* Allocate(std::size_t nSize, bool bArray) noexcept
     {
         return nullptr;
     }
-    void* pRaw = std::malloc(sizeof(StTag) + nSize);
+    auto* pRaw = static_cast<unsigned char*>(RawBlock(Ahead(nAlignment) + nSize, nAlignment));
     if (pRaw == nullptr)
     {
         return nullptr;
     }
-    StTag* pTag = new (pRaw) StTag{bArray};
+    ++cHeap.nLive;
+    StTag* pTag = new (pRaw + Ahead(nAlignment) - sizeof(StTag)) StTag{bArray};
     ASAN_POISON_MEMORY_REGION(pTag, sizeof(StTag));
     return pTag + 1;
 }
 
-void* AllocateOrThrow(std::size_t nSize, bool bArray)
+void* AllocateOrThrow(std::size_t nSize, bool bArray, std::size_t nAlignment)
 {
-    void* p = Allocate(nSize, bArray);
+    void* p = Allocate(nSize, bArray, nAlignment);
     if (p == nullptr)
     {
         throw std::bad_alloc();
@@ -62,7 +137,7 @@ void* AllocateOrThrow(std::size_t nSize, bool bArray)
     return p;
 }
 
-void Release(void* p, bool bArray) noexcept
+void Release(void* p, bool bArray, std::size_t nAlignment) noexcept
 {
     if (p == nullptr)
     {
@@ -75,18 +150,65 @@ void Release(void* p, bool bArray) noexcept
         std::fputs(bArray ? "array-delete of a single object\n" : "delete of an array\n", stderr);
         std::abort();
     }
-    std::free(pTag);
+    --cHeap.nLive;
+    FreeRawBlock(static_cast<unsigned char*>(p) - Ahead(nAlignment));
 }
+
+constexpr std::size_t nUsualAlignment = alignof(StTag);
+
+std::size_t Number(std::align_val_t eAlignment)
+{
+    return static_cast<std::size_t>(eAlignment);
+}
+
+#if defined(OWN_MALLOC)
+bool MallocFails()
+{
+    if (!cHeap.bMalloc || !Fails())
+    {
+        return false;
+    }
+    errno = ENOMEM;
+    return true;
+}
+
+void* Counted(void* p)
+{
+    cHeap.nLive += p != nullptr ? 1 : 0;
+    return p;
+}
+#endif
 } // namespace
 
 ClFailingHeap::ClFailingHeap(long nPassing)
 {
-    nAllocationsLeft = nPassing;
+    cHeap.nLeft = nPassing;
+    cHeap.bOnlyThat = false;
+    cHeap.bMalloc = false;
+    cHeap.nFailed = 0;
+}
+
+ClFailingHeap::ClFailingHeap(long nPassing, EFailing eFailing)
+{
+    cHeap.nLeft = nPassing;
+    cHeap.bOnlyThat = eFailing == eOnlyThat;
+    cHeap.bMalloc = true;
+    cHeap.nFailed = 0;
 }
 
 ClFailingHeap::~ClFailingHeap()
 {
-    nAllocationsLeft = nUnlimited;
+    cHeap.nLeft = nUnlimited;
+}
+
+long ClFailingHeap::Failed() const
+{
+    return cHeap.nFailed;
+}
+
+long ClFailingHeap::LiveBlocks()
+{
+    return cHeap.nLive;
 }
 
 ClLimitedHeap::ClLimitedHeap(std::size_t nMost)
@@ -107,50 +229,153 @@ std::size_t ClLimitedHeap::Greatest()
 
 void* operator new(std::size_t nSize)
 {
-    return AllocateOrThrow(nSize, false);
+    return AllocateOrThrow(nSize, false, nUsualAlignment);
 }
 
 void* operator new[](std::size_t nSize)
 {
-    return AllocateOrThrow(nSize, true);
+    return AllocateOrThrow(nSize, true, nUsualAlignment);
 }
 
 void* operator new(std::size_t nSize, const std::nothrow_t&) noexcept
 {
-    return Allocate(nSize, false);
+    return Allocate(nSize, false, nUsualAlignment);
 }
 
 void* operator new[](std::size_t nSize, const std::nothrow_t&) noexcept
 {
-    return Allocate(nSize, true);
+    return Allocate(nSize, true, nUsualAlignment);
+}
+
+void* operator new(std::size_t nSize, std::align_val_t eAlignment)
+{
+    return AllocateOrThrow(nSize, false, Number(eAlignment));
+}
+
+void* operator new[](std::size_t nSize, std::align_val_t eAlignment)
+{
+    return AllocateOrThrow(nSize, true, Number(eAlignment));
+}
+
+void* operator new(std::size_t nSize, std::align_val_t eAlignment, const std::nothrow_t&) noexcept
+{
+    return Allocate(nSize, false, Number(eAlignment));
+}
+
+void* operator new[](std::size_t nSize, std::align_val_t eAlignment, const std::nothrow_t&) noexcept
+{
+    return Allocate(nSize, true, Number(eAlignment));
 }
 
 void operator delete(void* p) noexcept
 {
-    Release(p, false);
+    Release(p, false, nUsualAlignment);
 }
 
 void operator delete[](void* p) noexcept
 {
-    Release(p, true);
+    Release(p, true, nUsualAlignment);
 }
 
 void operator delete(void* p, std::size_t) noexcept
 {
-    Release(p, false);
+    Release(p, false, nUsualAlignment);
 }
 
 void operator delete[](void* p, std::size_t) noexcept
 {
-    Release(p, true);
+    Release(p, true, nUsualAlignment);
 }
 
 void operator delete(void* p, const std::nothrow_t&) noexcept
 {
-    Release(p, false);
+    Release(p, false, nUsualAlignment);
 }
 
 void operator delete[](void* p, const std::nothrow_t&) noexcept
 {
-    Release(p, true);
+    Release(p, true, nUsualAlignment);
 }
+
+void operator delete(void* p, std::align_val_t eAlignment) noexcept
+{
+    Release(p, false, Number(eAlignment));
+}
+
+void operator delete[](void* p, std::align_val_t eAlignment) noexcept
+{
+    Release(p, true, Number(eAlignment));
+}
+
+void operator delete(void* p, std::size_t, std::align_val_t eAlignment) noexcept
+{
+    Release(p, false, Number(eAlignment));
+}
+
+void operator delete[](void* p, std::size_t, std::align_val_t eAlignment) noexcept
+{
+    Release(p, true, Number(eAlignment));
+}
+
+void operator delete(void* p, std::align_val_t eAlignment, const std::nothrow_t&) noexcept
+{
+    Release(p, false, Number(eAlignment));
+}
+
+void operator delete[](void* p, std::align_val_t eAlignment, const std::nothrow_t&) noexcept
+{
+    Release(p, true, Number(eAlignment));
+}
+
+#if defined(OWN_MALLOC)
+extern "C"
+{
+    void* malloc(std::size_t nSize) noexcept
+    {
+        return MallocFails() ? nullptr : Counted(__libc_malloc(nSize));
+    }
+
+    void* calloc(std::size_t nCount, std::size_t nSize) noexcept
+    {
+        return MallocFails() ? nullptr : Counted(__libc_calloc(nCount, nSize));
+    }
+
+    void* realloc(void* p, std::size_t nSize) noexcept
+    {
+        if (nSize != 0 && MallocFails())
+        {
+            return nullptr;
+        }
+        void* pNew = __libc_realloc(p, nSize);
+        cHeap.nLive += (pNew != nullptr ? 1 : 0) - (p != nullptr && (pNew != nullptr || nSize == 0) ? 1 : 0);
+        return pNew;
+    }
+
+    void* memalign(std::size_t nAlignment, std::size_t nSize) noexcept
+    {
+        return MallocFails() ? nullptr : Counted(__libc_memalign(nAlignment, nSize));
+    }
+
+    void* aligned_alloc(std::size_t nAlignment, std::size_t nSize) noexcept
+    {
+        return memalign(nAlignment, nSize);
+    }
+
+    int posix_memalign(void** pp, std::size_t nAlignment, std::size_t nSize) noexcept
+    {
+        void* p = memalign(nAlignment, nSize);
+        if (p == nullptr)
+        {
+            return ENOMEM;
+        }
+        *pp = p;
+        return 0;
+    }
+
+    void free(void* p) noexcept
+    {
+        cHeap.nLive -= p != nullptr ? 1 : 0;
+        __libc_free(p);
+    }
+}
+#endif

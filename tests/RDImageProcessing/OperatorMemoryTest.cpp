@@ -1,7 +1,7 @@
 // What becomes of every operator's run when its allocations fail.
 
-#include "FailingHeap.hpp"
 #include "MixOperator.hpp"
+#include "OperatorFailures.hpp"
 #include "RDImageProcessing/IpBinarizeGlobal.hpp"
 #include "RDImageProcessing/IpConnectedComponent2.hpp"
 #include "RDImageProcessing/IpConvertDataType.hpp"
@@ -25,58 +25,6 @@
 
 namespace
 {
-/// Lets the first, the second, the third allocation of run(operator, input, output) fail, until it needs no more. Every
-/// failure is -102, leaves the input and its pixels alone, and is forgotten: the same object, run again with memory,
-/// gives what an object gives that has never failed. So does a run in place, whose image may be lost before, however.
-template <class Operator, class Run> void ExpectFailuresPass(const ClImage& cIn, Run&& run)
-{
-    ClImage cExpected, cSource;
-    cSource = cIn;
-    {
-        Operator cOperator;
-        ASSERT_EQ(0, run(cOperator, cSource, cExpected));
-    }
-    for (const bool bInPlace : {false, true})
-    {
-        SCOPED_TRACE(bInPlace ? "in place" : "to another image");
-        bool bFailed = true;
-        long nFailures = 0;
-        for (; bFailed && nFailures < 300; nFailures += bFailed ? 1 : 0)
-        {
-            Operator cOperator;
-            ClImage cWork, cOut;
-            cWork = cIn;
-            ClImage& cTarget = bInPlace ? cWork : cOut;
-            try
-            {
-                const ClFailingHeap cHeap(nFailures);
-                run(cOperator, cWork, cTarget);
-                bFailed = false;
-            }
-            catch (const ClExBadAlloc& cRaised)
-            {
-                EXPECT_EQ(FPC_ERROR_OUT_OF_MEMORY, cRaised.Number());
-            }
-            if (bFailed && bInPlace)
-            {
-                cWork = cIn;
-            }
-            else if (!bInPlace)
-            {
-                ASSERT_TRUE(SamePixels(cIn, cWork)) << "after " << nFailures << " allocations";
-                ASSERT_TRUE(SameDescription(cIn, cWork));
-            }
-            if (bFailed)
-            {
-                ASSERT_EQ(0, run(cOperator, cWork, cTarget)) << "after " << nFailures << " allocations";
-            }
-            ASSERT_TRUE(SamePixels(cExpected, cTarget)) << "after " << nFailures << " allocations";
-        }
-        EXPECT_FALSE(bFailed) << "it never passed";
-        EXPECT_TRUE(bInPlace || nFailures > 0) << "nothing was allocated";
-    }
-}
-
 void MakePicture(ClImage& cImage, unsigned char eType, int nPlanes)
 {
     cImage.NewWithType(eType, 23, 17, nPlanes, 19685, 19685);
@@ -101,7 +49,7 @@ void MakeSpots(ClImage& cImage)
 }
 } // namespace
 
-TEST(OperatorMemory, PointOperatorsOfEveryType)
+TEST_F(OperatorMemory, PointOperatorsOfEveryType)
 {
     for (const unsigned char eType : aEveryType)
     {
@@ -119,7 +67,7 @@ TEST(OperatorMemory, PointOperatorsOfEveryType)
     }
 }
 
-TEST(OperatorMemory, OperatorsWithATable)
+TEST_F(OperatorMemory, OperatorsWithATable)
 {
     for (const int nPlanes : {1, 4})
     {
@@ -135,7 +83,7 @@ TEST(OperatorMemory, OperatorsWithATable)
                                             { return cOperator.ApplyParam(cFrom, cTo, 3, 250, 0.8); });
 }
 
-TEST(OperatorMemory, TwoInputsWithAndWithoutATable)
+TEST_F(OperatorMemory, TwoInputsWithAndWithoutATable)
 {
     ClImage cOther;
     cOther.NewWithType(ClImage::eUInt8, 20, 19, 1, 0, 0);
@@ -165,7 +113,7 @@ TEST(OperatorMemory, TwoInputsWithAndWithoutATable)
     }
 }
 
-TEST(OperatorMemory, RescalingInEveryMode)
+TEST_F(OperatorMemory, RescalingInEveryMode)
 {
     for (const int nPlanes : {1, 3})
     {
@@ -189,7 +137,7 @@ TEST(OperatorMemory, RescalingInEveryMode)
     }
 }
 
-TEST(OperatorMemory, Rotating)
+TEST_F(OperatorMemory, Rotating)
 {
     for (const int nPlanes : {1, 4})
     {
@@ -204,7 +152,7 @@ TEST(OperatorMemory, Rotating)
     }
 }
 
-TEST(OperatorMemory, FailuresPutThePointersAndTheBackgroundBack)
+TEST_F(OperatorMemory, FailuresPutThePointersAndTheBackgroundBack)
 {
     ClImage cIn, cOut;
     MakePicture(cIn, ClImage::eUInt8, 4);
@@ -244,7 +192,7 @@ TEST(OperatorMemory, FailuresPutThePointersAndTheBackgroundBack)
     EXPECT_LT(12, n);
 }
 
-TEST(OperatorMemory, LabellingAndMeasuring)
+TEST_F(OperatorMemory, LabellingAndMeasuring)
 {
     ClImage cIn;
     MakeSpots(cIn);
@@ -267,7 +215,7 @@ TEST(OperatorMemory, LabellingAndMeasuring)
                                                 { return cOperator.ApplyParam(cFrom, cTo); });
 }
 
-TEST(OperatorMemory, Filling)
+TEST_F(OperatorMemory, Filling)
 {
     ClImage cIn;
     MakeSpots(cIn);
@@ -295,7 +243,7 @@ TEST(OperatorMemory, Filling)
                                               });
 }
 
-TEST(OperatorMemory, SplittingAndJoining)
+TEST_F(OperatorMemory, SplittingAndJoining)
 {
     ClImage cIn;
     MakePicture(cIn, ClImage::eUInt16, 4);
