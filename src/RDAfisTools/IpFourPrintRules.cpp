@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <tuple>
 
 namespace
@@ -243,16 +244,37 @@ int ClIpFourPrintSegmentation::RemoveStrayAbove(Marks_t& aSelected)
 }
 
 /// Within a column only the candidate nearest the tips stays; invalid ones silence others, too, and equals both stay.
+/// The column of a candidate is a span of the candidates in the order of x. It moves on with them, and with it goes a
+/// list of those that are higher than all behind them, the first of them the highest.
 void ClIpFourPrintSegmentation::KeepTopOfEachColumn(Marks_t& aSelected) const
 {
-    for (unsigned long i = 0; i < m_aCenters.Entries(); ++i)
+    const unsigned long nCandidates = m_aCenters.Entries();
+    TpArrayStatic<unsigned long> anByX(nCandidates);
+    std::iota(anByX.m_pData, anByX.m_pData + nCandidates, 0ul);
+    std::sort(anByX.m_pData, anByX.m_pData + nCandidates,
+              [this](unsigned long i, unsigned long j) { return m_aCenters[i].m_dX < m_aCenters[j].m_dX; });
+    TpArrayStatic<unsigned long> anTop(nCandidates);
+    unsigned long nTop = 0;    // the list is anTop from here
+    unsigned long nTopEnd = 0; // to here
+    unsigned long nNext = 0;   // the first candidate beyond the span
+    for (unsigned long i = 0; i < nCandidates; ++i)
     {
-        for (unsigned long j = 0; j < m_aCenters.Entries(); ++j)
+        const ClVector& cCenter = m_aCenters[anByX[i]];
+        for (; nNext < nCandidates && cCenter.m_dX > m_aCenters[anByX[nNext]].m_dX - dColumn; ++nNext)
         {
-            if (j != i && SameColumn(m_aCenters[j], m_aCenters[i]) && m_aCenters[j].m_dY < m_aCenters[i].m_dY)
+            while (nTopEnd > nTop && m_aCenters[anTop[nTopEnd - 1]].m_dY <= m_aCenters[anByX[nNext]].m_dY)
             {
-                aSelected[j] = 0;
+                --nTopEnd;
             }
+            anTop[nTopEnd++] = anByX[nNext];
+        }
+        while (nTop < nTopEnd && !(cCenter.m_dX < m_aCenters[anTop[nTop]].m_dX + dColumn))
+        {
+            ++nTop;
+        }
+        if (nTop < nTopEnd && cCenter.m_dY < m_aCenters[anTop[nTop]].m_dY)
+        {
+            aSelected[anByX[i]] = 0;
         }
     }
 }

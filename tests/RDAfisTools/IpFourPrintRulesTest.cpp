@@ -150,6 +150,42 @@ TEST(IpFourPrintRules, CrowdsOfFragmentsAreResolvedInTheOrderOfTheScan)
     }
 }
 
+TEST(IpFourPrintRules, InCrowdsTheTopOfEachColumnStays)
+{
+    ClTestRandom cRandom(7);
+    for (const int nColumns : {30, 200, 2000})
+    {
+        // Every 44 pixels upwards, so that none is near another; equal heights and equal columns included.
+        std::vector<Component> acComponent;
+        for (int i = 0; i < 100; ++i)
+        {
+            acComponent.push_back(At(cRandom.Below(nColumns), 1000 + 44 * (i * 37 % 100 / 2), 3000));
+        }
+        const ClRun cRun(acComponent);
+        const auto& aCenters = cRun.m_c.m_aCenters;
+        double dSecond = 0.0; // palm is what stands more than 260 below the second-highest
+        double dTop = 0.0;
+        for (unsigned long i = 0; i < aCenters.Entries(); ++i)
+        {
+            dSecond = std::max(dSecond, std::min(dTop, aCenters[i].m_dY));
+            dTop = std::max(dTop, aCenters[i].m_dY);
+        }
+        int nStay = 0;
+        for (unsigned long i = 0; i < aCenters.Entries(); ++i)
+        {
+            bool bStays = aCenters[i].m_dY >= dSecond - 260;
+            for (unsigned long j = 0; j < aCenters.Entries(); ++j)
+            {
+                bStays = bStays &&
+                         !(std::abs(aCenters[i].m_dX - aCenters[j].m_dX) < 25 && aCenters[i].m_dY < aCenters[j].m_dY);
+            }
+            EXPECT_EQ(bStays ? 1 : 0, cRun.Marks()[i]) << nColumns << ", " << i;
+            nStay += bStays ? 1 : 0;
+        }
+        EXPECT_EQ(nStay, cRun.m_c.m_nFingers);
+    }
+}
+
 TEST(IpFourPrintRules, CandidatesCarryCentreAreaAndEccentricity)
 {
     const ClRun cRun({At(100.5, 500.25, 3000, 0.25), At(200, 480, 2500, 0.75)});
