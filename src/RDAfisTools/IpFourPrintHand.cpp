@@ -102,19 +102,19 @@ void ClIpFourPrintSegmentation::PlaceBox(int nBox, bool* const* apSlot) const
 }
 
 /// Three rising tips are little, ring and middle finger of a left hand and take the left places; three falling ones
-/// take the right places.
+/// take the right places. Three of the four slots are set.
 void ClIpFourPrintSegmentation::ShiftThreeSlots(bool* const* apSlot)
 {
     const long anTip[] = {TipRow(0), TipRow(1), TipRow(2)};
     m_bReverseOrder = anTip[0] < anTip[1] && anTip[1] < anTip[2];
     if (m_bReverseOrder)
     {
-        if (!*apSlot[0] && *apSlot[3])
+        if (!*apSlot[0])
         {
             SetSlots(apSlot, true, true, true, false);
         }
     }
-    else if (anTip[0] > anTip[1] && anTip[1] > anTip[2] && *apSlot[0] && !*apSlot[3])
+    else if (anTip[0] > anTip[1] && anTip[1] > anTip[2] && !*apSlot[3])
     {
         SetSlots(apSlot, false, true, true, true);
     }

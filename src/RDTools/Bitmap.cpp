@@ -205,7 +205,6 @@ void ClBitmap::FillBIFromImage(tagBITMAPINFOHEADER* pBI, const ClImage& cImage)
 
 void ClBitmap::Attach(unsigned char* pDIB, unsigned long nSize)
 {
-    Clear();
     FillOrClear(*this,
                 [&]
                 {
@@ -220,7 +219,6 @@ void ClBitmap::Attach(unsigned char* pDIB, unsigned long nSize)
 
 void ClBitmap::Attach(unsigned char* pBIH, unsigned char* pPixels, unsigned char* pPalette)
 {
-    Clear();
     FillOrClear(*this,
                 [&]
                 {

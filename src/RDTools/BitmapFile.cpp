@@ -164,7 +164,7 @@ private:
     }
 
     ClStream& m_cStream;
-    tagBITMAPINFOHEADER m_cHeader;
+    tagBITMAPINFOHEADER m_cHeader = {};
     std::uint32_t m_nCompression = 0; ///< of the file
     std::uint64_t m_nOffset = 0;      ///< of the pixels, from the file header on; 0: not known
     std::uint64_t m_nSpace = 0;       ///< bytes between header and pixels
@@ -173,7 +173,6 @@ private:
 
 void ClBmpReader::ReadHeaders()
 {
-    std::memset(&m_cHeader, 0, sizeof m_cHeader);
     switch (Read<std::uint16_t>(m_cStream))
     {
     case ClBitmapLayout::nHeaderSize: // no file header; this is the first half of biSize

@@ -168,6 +168,16 @@ TEST(IpFourPrintInput, OneByteThatDiffersMakesAnImageNotUniform)
     }
 }
 
+TEST(IpFourPrintInput, ASingleRowMayDiffer)
+{
+    ClIpFourPrintSegmentation c;
+    ClImage cImage(7, 1, 1, 0, 0);
+    std::memset(cImage.Data(), 9, 7);
+    EXPECT_TRUE(c.IsUni(cImage));
+    cImage.Data()[4] = 8;
+    EXPECT_FALSE(c.IsUni(cImage));
+}
+
 TEST(IpFourPrintInput, PaddingDoesNotCountInAUniformImage)
 {
     ClImage cImage(5, 4, 1, 0, 0);

@@ -171,6 +171,16 @@ TEST(IpFourPrintPruning, TheLowestOfFiveBoxesGoes)
                               Sized(600, 940, 100, 100), Sized(800, 850, 100, 100)}));
 }
 
+TEST(IpFourPrintPruning, TheMiddleOfAnOddHeightIsTruncatedDownwards)
+{
+    EXPECT_EQ((Fingers{0, 1, 3, 4}),
+              AfterReduction({Sized(0, 900, 100, 100), Sized(200, 900, 100, 100), Sized(400, 899, 100, 101),
+                              Sized(600, 900, 100, 100), Sized(800, 900, 100, 100)}));
+    EXPECT_EQ((Fingers{1, 2, 3, 4}),
+              AfterReduction({Sized(0, 900, 100, 101), Sized(200, 900, 100, 100), Sized(400, 900, 100, 100),
+                              Sized(600, 900, 100, 100), Sized(800, 900, 100, 100)}));
+}
+
 TEST(IpFourPrintPruning, OfSixBoxesTwoGoWithTheSumsTakenAnew)
 {
     EXPECT_EQ((Fingers{0, 1, 3, 5}),

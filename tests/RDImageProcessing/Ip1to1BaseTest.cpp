@@ -35,19 +35,23 @@ double Ramp(double dValue)
     return dValue * 1.75 - 40.625;
 }
 
-/// The function as an operator of either frame; counts its calls.
+/// The function as an operator of either frame; counts its calls and notes the images of the last one.
 template <class Base> class TpRamp : public Base
 {
 public:
     ClProcessorBase* Create() override { return NewProcessor<TpRamp>(); }
     const char* Name() const override { return "Ramp"; }
-    double GetValue(ClImage&, ClImage&, double dValue) override
+    double GetValue(ClImage& cIn, ClImage& cOut, double dValue) override
     {
         ++m_nCalls;
+        m_pSeenIn = &cIn;
+        m_pSeenOut = &cOut;
         return Ramp(dValue);
     }
 
     int m_nCalls = 0;
+    const ClImage* m_pSeenIn = nullptr;
+    const ClImage* m_pSeenOut = nullptr;
 };
 
 class ClRamp : public TpRamp<NewIpBase::ClIp1to1Base>
@@ -137,6 +141,8 @@ TEST(Ip1to1Base, MapsEverySampleOfEveryTypeThroughTheFunction)
                                EXPECT_TRUE(SamePixels(cExpected, cOut));
                                const bool bTable = bUseLUT && cIn.m_eDataType == ClImage::eUInt8;
                                EXPECT_EQ(bTable ? 256 : nSamples, cRamp.m_nCalls);
+                               EXPECT_EQ(&cIn, cRamp.m_pSeenIn);
+                               EXPECT_EQ(&cOut, cRamp.m_pSeenOut);
                            }
                        });
 }
@@ -418,6 +424,8 @@ TEST(OldIp1to1Base, MapsAll64PairsOfTypes)
                                    ASSERT_TRUE(SamePixels(cExpected, cOut)) << "to type " << +eOutType;
                                    const bool bTable = bUseLUT && cIn.m_eDataType == ClImage::eUInt8;
                                    EXPECT_EQ(bTable ? 256 : nSamples, cRamp.m_nCalls);
+                                   EXPECT_EQ(&cIn, cRamp.m_pSeenIn);
+                                   EXPECT_EQ(&cOut, cRamp.m_pSeenOut);
                                }
                            }
                        });

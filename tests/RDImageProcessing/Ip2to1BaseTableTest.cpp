@@ -5,6 +5,8 @@
 #include "MixOperator.hpp"
 #include "TestTools.hpp"
 
+#include <gmock/gmock.h>
+
 #include <limits>
 
 TEST(Ip2to1Base, TheTableGivesTheSameAsTheDirectPathForEveryOutputType)
@@ -22,6 +24,7 @@ TEST(Ip2to1Base, TheTableGivesTheSameAsTheDirectPathForEveryOutputType)
             EXPECT_EQ(0, cMix.ApplyParam(cIn1, cIn2, cOut, nOutType));
             EXPECT_TRUE(SamePixels(cExpected, cOut));
             EXPECT_EQ(65536, cMix.m_nCalls);
+            EXPECT_THAT(cMix.m_apSeen, testing::ElementsAre(&cIn1, &cIn2, &cOut));
         }
     }
 }

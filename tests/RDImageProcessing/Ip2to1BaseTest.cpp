@@ -4,6 +4,8 @@
 #include "RDTools/ParameterContainer.hpp"
 #include "TestTools.hpp"
 
+#include <gmock/gmock.h>
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -37,6 +39,7 @@ TEST(Ip2to1Base, EveryTripleOfTypesIsCombinedAsTheDefinitionTells)
             ASSERT_TRUE(SamePixels(cExpected, cOut));
             ASSERT_TRUE(SameDescription(cExpected, cOut));
             EXPECT_EQ(20, cMix.m_nCalls);
+            EXPECT_THAT(cMix.m_apSeen, testing::ElementsAre(&cIn1, &cIn2, &cOut));
         });
 }
 

@@ -315,6 +315,22 @@ TEST(IpBinarizeAutoThresholdLocal, RelaxationOfTinyImages)
     }
 }
 
+TEST(IpBinarizeAutoThresholdLocal, RelaxationTouchesNothingOutsideOfThePixels)
+{
+    for (const EGuard eGuard : {EGuard::eBehind, EGuard::eBefore})
+    {
+        ClImage cIn, cExpected;
+        FillRandom8(cIn, 32, 9, 14);
+        cExpected.New(cIn);
+        ClRelaxationByDefinition(cIn).Run(cExpected);
+        const ClGuardedBytes cPixels(cIn.Data(), 32 * 9, eGuard);
+        ClImage cGuarded;
+        cGuarded.Attach(cPixels.Data(), cIn);
+        Auto().thr_relax(&cGuarded);
+        EXPECT_TRUE(SamePixels(cExpected, cGuarded));
+    }
+}
+
 TEST(IpBinarizeAutoThresholdLocal, RelaxationOfAFlatImageIsWhite)
 {
     ClImage cIn, cOut, cExpected;

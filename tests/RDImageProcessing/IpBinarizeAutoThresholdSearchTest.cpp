@@ -254,6 +254,26 @@ TEST(IpBinarizeAutoThresholdSearch, ThresholdsOfAnyHistogram)
     }
 }
 
+/// Two thresholds are as good as each other, but for the last bits of their criterion: those decide.
+TEST(IpBinarizeAutoThresholdSearch, ThresholdsOfMirroredHistograms)
+{
+    ClTestRandom cRandom(11);
+    for (int i = 0; i < 100; ++i)
+    {
+        Counts_t aCounts;
+        for (int n = 0; n < 2 + i % 30; ++n)
+        {
+            const int nGrey = cRandom.Below(128);
+            const int nCount = 1 + cRandom.Below(9);
+            aCounts.emplace_back(nGrey, nCount);
+            aCounts.emplace_back(255 - nGrey, nCount);
+        }
+        ClImage cIn;
+        FillCounts(cIn, aCounts);
+        ExpectThresholds(cIn);
+    }
+}
+
 TEST(IpBinarizeAutoThresholdSearch, ThresholdsOfAPictureWithAllGreyValues)
 {
     for (unsigned int nSeed = 0; nSeed < 6; ++nSeed)
@@ -268,7 +288,8 @@ TEST(IpBinarizeAutoThresholdSearch, ThresholdsOfFewGreyValues)
 {
     for (const Counts_t& aCounts :
          {Counts_t{{0, 5}}, Counts_t{{100, 49}}, Counts_t{{255, 3}}, Counts_t{{0, 2}, {1, 3}},
-          Counts_t{{0, 2}, {255, 3}}, Counts_t{{10, 2}, {11, 9}, {12, 4}}, Counts_t{{0, 4}, {128, 4}, {255, 4}}})
+          Counts_t{{0, 2}, {255, 3}}, Counts_t{{10, 2}, {11, 9}, {12, 4}}, Counts_t{{0, 4}, {128, 4}, {255, 4}},
+          Counts_t{{1, 18}, {60, 1}, {250, 11}}, Counts_t{{100, 16}, {130, 2}, {250, 7}}})
     {
         ClImage cIn;
         FillCounts(cIn, aCounts);

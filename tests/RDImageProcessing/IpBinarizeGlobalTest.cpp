@@ -346,7 +346,12 @@ TEST(IpBinarizeGlobal, EightBitGoesThroughTheVirtualValue)
     class ClInverse : public ClIpBinarizeGlobal
     {
     public:
-        double GetValue(ClImage&, ClImage&, double dValue) override { return 555.9 - dValue; }
+        double GetValue(ClImage& cIn, ClImage& cOut, double dValue) override
+        {
+            EXPECT_EQ(m_pInImage, &cIn);
+            EXPECT_EQ(m_pOutImage, &cOut);
+            return 555.9 - dValue;
+        }
     };
     ClImage cIn;
     FillRandom8(cIn, 7, 5, 1);

@@ -4,6 +4,7 @@
 
 #include "RDImageProcessing/RotatingFilterDefinitions.hpp"
 #include "RDTools/Exception.hpp"
+#include "SampleAccess.hpp"
 #include "TestTools.hpp"
 
 #include <algorithm>
@@ -179,4 +180,22 @@ TEST(IpFilterMidRotatingSteps, MeansRefuseAMaskLargerThanTheImage)
     EXPECT_RAISES_CODE((cFilter.CalculateAverage<unsigned char, float, ClConvertFloat>(cBytes, 4, cMean)),
                        FPC_ERROR_BITMAP_DIMENSION); // 5 pixels wide
     cFilter.CalculateAverage<unsigned char, float, ClConvertFloat>(cBytes, 3, cMean);
+}
+
+TEST(IpFilterMidRotatingSteps, TheMaskMayBeAsLargeAsTheImage)
+{
+    for (const int nSide : {3, 5, 9})
+    {
+        ClImage cBytes, cMean;
+        FillRandom8(cBytes, nSide, nSide, 1);
+        cMean.NewWithType(ClImage::eFloat32, nSide, nSide, 1, 0, 0);
+        ClIpFilterMidRotating().CalculateAverage<unsigned char, float, ClConvertFloat>(cBytes, nSide, cMean);
+        int nSum = 0;
+        for (int i = 0; i < nSide * nSide; ++i)
+        {
+            nSum += SampleAt<unsigned char>(cBytes, i % nSide, i / nSide);
+        }
+        EXPECT_EQ(static_cast<float>(nSum) / static_cast<float>(nSide * nSide),
+                  SampleAt<float>(cMean, nSide / 2, nSide / 2));
+    }
 }

@@ -1,6 +1,7 @@
 #include "RDImageProcessing/IpFloodFill.hpp"
 
 #include "BinaryPictures.hpp"
+#include "FailingHeap.hpp"
 #include "RDTools/ErrorCatalogue.hpp"
 #include "RDTools/ParameterContainer.hpp"
 
@@ -288,6 +289,22 @@ TEST(IpFloodFill, WithThreshold100AnIslandOf7Becomes7AndOneOf100Becomes254)
             EXPECT_EQ(bSmall ? 7 : bLarge ? 254 : 0, SampleAt<unsigned char>(cImage, x, y));
         }
     }
+}
+
+TEST(IpFloodFill, CountingALargeRegionTakesNoMoreMemoryThanASmallOne)
+{
+    const auto greatest = [](int nRows)
+    {
+        ClImage cImage(4, nRows, 1, 0, 0);
+        std::memset(cImage.Data(), 255, static_cast<std::size_t>(4 * nRows));
+        ClIpFloodFill cFill;
+        cFill.m_nCountThresh = 100;
+        const ClLimitedHeap cHeap(std::size_t(1) << 24);
+        cFill.CountFill(cImage);
+        EXPECT_EQ(nRows < 25 ? 4 * nRows : 254, SampleAt<unsigned char>(cImage, 3, nRows - 1));
+        return ClLimitedHeap::Greatest();
+    };
+    EXPECT_EQ(greatest(2), greatest(5000));
 }
 
 TEST(IpFloodFill, AThresholdAbove254ActsAs254)

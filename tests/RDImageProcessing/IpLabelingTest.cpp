@@ -4,6 +4,8 @@
 #include "RDTools/Exception.hpp"
 #include "RDTools/ParameterContainer.hpp"
 
+#include <gmock/gmock.h>
+
 #include <memory>
 
 namespace
@@ -216,24 +218,45 @@ TEST(IpLabeling, AFillWritesTheLabelOverOneObject)
     }
 }
 
-TEST(IpLabeling, AFillFromOutsideOfTheImageDoesNothing)
+TEST(IpLabeling, AFillRemembersRunsNotPixels)
 {
-    ClImage cIn;
-    PaintText(cIn, {"##", "##"});
+    ClImage cIn(40000, 3, 1, 0, 0);
+    std::memset(cIn.Data(), 0, static_cast<std::size_t>(cIn.Stride()) * 3);
     ClImage cOut;
+    cOut.NewWithType(ClImage::eSInt32, 40000, 3, 1, 0, 0);
+    std::memset(cOut.Data(), 0, static_cast<std::size_t>(cOut.Stride()) * 3);
     ClIpLabeling cLabeling;
     cLabeling.m_pInImage = &cIn;
     cLabeling.m_pOutImage = &cOut;
-    cLabeling.Apply();
-    for (const auto& [nX, nY] : {std::pair(-1L, 0L), std::pair(2L, 0L), std::pair(0L, -1L), std::pair(0L, 2L),
-                                 std::pair(-5000000000L, 5000000000L)})
+    cLabeling.FloodFill(20000, 1, 9);
+    EXPECT_EQ(9, Row<int>(cOut, 2)[39999]);
+    EXPECT_LE(cLabeling.m_cStack.m_nEntries, 100u);
+}
+
+TEST(IpLabeling, AFillFromOutsideOfTheImageDoesNothing)
+{
+    // Two rows of object, and as much of it in front of them and behind.
+    unsigned char aBlock[6][4] = {};
+    int aLabels[6][4] = {};
+    ClImage cIn, cOut;
+    cIn.Attach(aBlock[2], ClImage::eUInt8, 4, 2, 1, 0, 0);
+    cOut.Attach(aLabels[2], ClImage::eSInt32, 4, 2, 1, 0, 0);
+    ClIpLabeling cLabeling;
+    cLabeling.m_pInImage = &cIn;
+    cLabeling.m_pOutImage = &cOut;
+    for (const auto& [nX, nY] : {std::pair(-1L, 0L), std::pair(-1L, 1L), std::pair(4L, 0L), std::pair(4L, 1L),
+                                 std::pair(0L, -1L), std::pair(0L, 2L), std::pair(-5000000000L, 5000000000L)})
     {
         cLabeling.FloodFill(nX, nY, 9);
     }
-    for (int i = 0; i < 4; ++i)
+    for (const auto& aRow : aLabels)
     {
-        EXPECT_EQ(1, SampleAt<int>(cOut, i % 2, i / 2));
+        EXPECT_THAT(aRow, testing::Each(0));
     }
+    cLabeling.FloodFill(0, 0, 9);
+    EXPECT_THAT(aLabels[1], testing::Each(0));
+    EXPECT_THAT(aLabels[3], testing::Each(9));
+    EXPECT_THAT(aLabels[4], testing::Each(0));
 }
 
 TEST(IpLabeling, TheFillOfEveryFirstPixelGivesTheSameLabels)

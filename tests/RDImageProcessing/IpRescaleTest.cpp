@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <tuple>
 #include <utility>
 
 using namespace RescaleDefinitions;
@@ -64,7 +65,11 @@ TEST(IpRescale, WhatIsInForceFollowsFromResolutionsOrSize)
     EXPECT_EQ(77, cRescale.m_nActHeight);
     EXPECT_EQ(660, cRescale.m_nActPelsX);
     EXPECT_EQ(1540, cRescale.m_nActPelsY);
-    cRescale.m_nNewPelsX = 1000; // both resolutions come before the size
+    cRescale.m_nNewPelsY = 1001; // both resolutions come before the size
+    ASSERT_EQ(0, cRescale.Initialize());
+    EXPECT_EQ(33, cRescale.m_nActWidth);
+    cRescale.m_nNewPelsX = 1000;
+    cRescale.m_nNewPelsY = 0;
     ASSERT_EQ(0, cRescale.Initialize());
     EXPECT_EQ(33, cRescale.m_nActWidth);
     cRescale.m_nNewPelsY = 1001;
@@ -73,7 +78,12 @@ TEST(IpRescale, WhatIsInForceFollowsFromResolutionsOrSize)
     EXPECT_EQ(51, cRescale.m_nActHeight); // 50.05
     EXPECT_EQ(1000, cRescale.m_nActPelsX);
     EXPECT_EQ(1001, cRescale.m_nActPelsY);
-    cIn.m_nYRes = 0; // without a resolution the size counts
+    cIn.m_nXRes = 0; // without a resolution the size counts
+    ASSERT_EQ(0, cRescale.Initialize());
+    EXPECT_EQ(33, cRescale.m_nActWidth);
+    EXPECT_EQ(1540, cRescale.m_nActPelsY);
+    cIn.m_nXRes = 2000;
+    cIn.m_nYRes = 0;
     ASSERT_EQ(0, cRescale.Initialize());
     EXPECT_EQ(33, cRescale.m_nActWidth);
     EXPECT_EQ(660, cRescale.m_nActPelsX);
@@ -83,6 +93,23 @@ TEST(IpRescale, WhatIsInForceFollowsFromResolutionsOrSize)
     cRescale.m_nNewHeight = 1;
     cRescale.m_nNewWidth = -3;
     EXPECT_EQ(FPC_ERROR_PARAM_OUT_OF_RANGE, cRescale.Initialize());
+}
+
+TEST(IpRescale, AnImageWithoutAreaAndResolutionIsOutOfRange)
+{
+    for (const auto& [nWidth, nHeight] : {std::pair(0, 6), std::pair(-5, 6), std::pair(5, 0), std::pair(5, -6)})
+    {
+        ClImage cIn(5, 6, 1, 0, 0);
+        cIn.m_nWidth = nWidth;
+        cIn.m_nHeight = nHeight;
+        ClImage cOut;
+        ClIpRescale cRescale;
+        cRescale.m_pInImage = &cIn;
+        cRescale.m_pOutImage = &cOut;
+        cRescale.m_nActWidth = 4;
+        cRescale.m_nActHeight = 3;
+        EXPECT_EQ(FPC_ERROR_PARAM_OUT_OF_RANGE, cRescale.Process()) << nWidth << " by " << nHeight;
+    }
 }
 
 TEST(IpRescale, NothingAskedForIsAnInternalError)
@@ -162,6 +189,29 @@ TEST(IpRescale, NothingBeyondTheSourceIsRead)
             ASSERT_EQ(0, cRescale.ApplyParamPels(cCopy, cExpected, nPels, nPels + 100, eMode));
             EXPECT_TRUE(SamePixels(cExpected, cOut));
         }
+    }
+}
+
+TEST(IpRescale, WholeFactorsNeedResolutionsOnBothSides)
+{
+    // Half of one pel per metre is none.
+    for (const auto& [nXRes, nYRes] : {std::pair(1, 4000), std::pair(4000, 1), std::pair(0, 4000), std::pair(4000, 0)})
+    {
+        ClImage cIn(100, 100, 1, nXRes, nYRes);
+        ClImage cOut;
+        ClIpRescale cRescale;
+        cRescale.m_nNewWidth = 50;
+        cRescale.m_nNewHeight = 50;
+        EXPECT_EQ(FPC_ERROR_INTERNAL, cRescale.ApplyParam(cIn, cOut, ClIpRescale::ModeWholeNumbered));
+    }
+    // One is enough.
+    for (const auto& [nFrom, nTo, nSide] : {std::tuple(1, 2, 20), std::tuple(2, 1, 5)})
+    {
+        ClImage cIn(10, 10, 1, nFrom, nFrom);
+        ClImage cOut;
+        EXPECT_EQ(0, ClIpRescale().ApplyParamPels(cIn, cOut, nTo, nTo, ClIpRescale::ModeWholeNumbered));
+        EXPECT_EQ(nSide, cOut.m_nWidth);
+        EXPECT_EQ(nSide, cOut.m_nHeight);
     }
 }
 

@@ -45,6 +45,19 @@ TEST(IpRescale, NearestNeighbourTakesTheSampleAtOrBefore)
     }
 }
 
+TEST(IpRescale, NearestNeighbourRepeatsTheFirstSampleWhereTheResolutionsWrapToNothing)
+{
+    ClImage cIn;
+    FillPicture(cIn, 4, 4, 1 << 20, 1 << 20, 9);
+    ClImage cOut;
+    ASSERT_EQ(0, ClIpRescale().ApplyParamPels(cIn, cOut, 1 << 19, 1 << 19, ClIpRescale::ModeNearestNeighbour));
+    for (int y = 0; y < 2; ++y)
+    {
+        EXPECT_EQ(At(cIn, 0, 0), At(cOut, 0, y));
+        EXPECT_EQ(At(cIn, 0, 0), At(cOut, 1, y));
+    }
+}
+
 TEST(IpRescale, NearestNeighbourLeavesRowsWithoutASourceAsTheyAre)
 {
     ClImage cIn;

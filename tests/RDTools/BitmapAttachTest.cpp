@@ -359,6 +359,7 @@ TEST(BitmapAttach, CheckPtrOwnsABlockWithAFileHeaderFromItsBeginning)
     std::memcpy(pBlock, aFile.data(), aFile.size());
     ClBitmap cBitmap;
     EXPECT_EQ(pBlock + 54, reinterpret_cast<unsigned char*>(cBitmap.CheckPtr(pBlock, aFile.size())));
+    EXPECT_EQ(1, cBitmap.m_pBIH.use_count());
     EXPECT_EQ(13, +cBitmap.Header().biWidth); // by value: the header stands on an odd address
     pBlock = ClBitmap::BitmapAlloc(13, 6, 8, 0, true);
     std::memcpy(pBlock, aFile.data(), aFile.size());

@@ -143,6 +143,17 @@ TEST(BitmapColours, EveryChannelValueComesBackFromAWideMask)
     }
 }
 
+TEST(BitmapColours, WhiteSetsEveryBitOfAMaskOfUpTo16Bits)
+{
+    for (int nBits = 1; nBits <= 16; ++nBits)
+    {
+        const std::uint32_t nMask = ((1u << nBits) - 1) << 7;
+        Bytes_t aBlock = Masked(32, nMask, 0, 0);
+        const ClBitmap cBitmap(aBlock.data(), true);
+        EXPECT_EQ(nMask, ClBitmapColours(cBitmap).WithChannel(0, ClBitmapColours::eRed, 255)) << nBits << " bits";
+    }
+}
+
 TEST(BitmapColours, OfAMaskWithGapsTheLowestRunCounts)
 {
     Bytes_t aBlock = Masked(32, 0xff00f0f0, 0, 0xff);

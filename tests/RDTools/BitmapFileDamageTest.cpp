@@ -198,6 +198,13 @@ TEST(BitmapFileDamage, EmptyPicturesLoadAtOnce)
     EXPECT_EQ(0, CodeWith(nAtWidth, 0x0fffffff, nAtHeight, 0));
 }
 
+TEST(BitmapFileDamage, APictureWithoutColumnsHasNoLineToMoveAlong)
+{
+    EXPECT_EQ(0, LoadAnyhow(BmpFileOfCode(0, 5, {0, 0, 0, 1})));
+    EXPECT_EQ(-38, LoadAnyhow(BmpFileOfCode(0, 5, {0, 2, 1, 0, 0, 1})));
+    EXPECT_EQ(-38, LoadAnyhow(BmpFileOfCode(0, -5, {0, 2, 1, 0, 0, 1})));
+}
+
 TEST(BitmapFileDamage, HeadersAreCheckedInOrder)
 {
     Bytes_t aFile = BmpFile(BitmapPicture(4, 4, 8));
@@ -340,6 +347,24 @@ TEST(BitmapFileDamage, RowsBehindAShorterSpaceStartAsMuchEarlier)
     cLater.m_nPos = 2000;
     cBitmap.Load(cLater);
     EXPECT_EQ(0, std::memcmp(cBitmap.m_pPixels.get(), aBehind.data() + 2000 + 54 + 16 - 1008, 24));
+}
+
+TEST(BitmapFileDamage, RowsInFrontOfTheHeadersNeedNothingBehindThem)
+{
+    Bytes_t aFile = BmpFile(BitmapPicture(5, 3, 8, 0, 4));
+    PutLong(aFile.data(), nAtOffset, 54); // no room for a table of 256 entries: the rows stand as much earlier
+    aFile.resize(54);
+    Bytes_t aBehind(2000);
+    for (std::size_t i = 0; i < aBehind.size(); ++i)
+    {
+        aBehind[i] = static_cast<unsigned char>(i % 251);
+    }
+    aBehind.insert(aBehind.end(), aFile.begin(), aFile.end());
+    ClMemoryStream cStream(aBehind);
+    cStream.m_nPos = 2000;
+    ClBitmap cBitmap;
+    cBitmap.Load(cStream);
+    EXPECT_EQ(0, std::memcmp(cBitmap.m_pPixels.get(), aBehind.data() + 2000 + 54 - 1024, 24));
 }
 
 TEST(BitmapFileDamage, ASpaceOfLessThanAnEntryMeansTheWholeTable)

@@ -51,6 +51,14 @@ TEST(BitmapLayout, BlockHoldsItsPixelsExactlyFromTheirLastByteOn)
     EXPECT_TRUE(ClBitmap::HoldsPixels(nullptr, 0));
 }
 
+TEST(BitmapLayout, AHeaderAloneHoldsAPictureWithoutPixels)
+{
+    const auto aBlock = PackedBitmap(0, 0, 24);
+    ASSERT_EQ(40u, aBlock.size());
+    EXPECT_TRUE(ClBitmap::HoldsPixels(aBlock.data(), 40));
+    EXPECT_FALSE(ClBitmap::HoldsPixels(aBlock.data(), 39));
+}
+
 TEST(BitmapLayout, BlockHoldsNoSizeThatWrapsOrIsNegative)
 {
     const auto holds = [](std::size_t nOffset, std::uint32_t nValue)

@@ -193,6 +193,20 @@ TEST(Bitmap, CopyOfAnImageOwnsItsPixels)
     }
 }
 
+TEST(Bitmap, CopyOfAnImageAsksForItsRowsAtOnce)
+{
+    // In one direction the rows are padded fourfold.
+    for (const auto& [nWidth, nHeight] : {std::pair(1, 1000), std::pair(1000, 1)})
+    {
+        ClImage cImage(nWidth, nHeight, 1, 0, 0);
+        const ClLimitedHeap cHeap(std::size_t(1) << 20);
+        const ClBitmap cBitmap(cImage, true);
+        const std::size_t nPixels = static_cast<std::size_t>(cImage.Stride()) * static_cast<std::size_t>(nHeight);
+        EXPECT_LE(40 + 1024 + nPixels, ClLimitedHeap::Greatest());
+        EXPECT_GT(40 + 1024 + nPixels + 40, ClLimitedHeap::Greatest()); // whole headers
+    }
+}
+
 TEST(Bitmap, CopyOfWideSamplesTakesBytesOnly)
 {
     ClImage cImage;

@@ -8,8 +8,8 @@ rest of that program, those of the folders above, and the replays of the fuzz ta
 test that does not end in several times the processor time it needs without mutant, or takes too much memory, counts as
 failed. What does not compile, or gives the same object as before, is no mutant and is replaced by the next.
 
-Everything happens in build/mutation: a copy of the sources, its build, and results-SEED.tsv. An interrupted run goes on
-where it was. Fails if fewer than 90 of 100 mutants are killed; those that survivors.md shows to change nothing that
+Everything happens in build/mutation, or the folder that KORMELIN_MUTATION names: a copy of the sources, its build, and
+results-SEED.tsv. An interrupted run goes on where it was. Fails if fewer than 90 of 100 mutants are killed; those that survivors.md shows to change nothing that
 anyone could see are told apart.
 """
 
@@ -36,7 +36,7 @@ from places import OPERATORS, number_of, places_of
 
 HERE = pathlib.Path(__file__).resolve().parent
 TOP = HERE.parent.parent
-WORK = TOP / "build" / "mutation"
+WORK = pathlib.Path(os.environ.get("KORMELIN_MUTATION", TOP / "build" / "mutation")).resolve()
 TREE = WORK / "tree"
 BUILD = WORK / "build"
 
@@ -44,13 +44,16 @@ SOURCES = ("src/*.cpp", "src/RDTools/Bitmap*.cpp", "src/RDImageProcessing/*.cpp"
 # Kernels that stand in headers; each is part of few objects.
 HEADERS = ("BoxQuotient", "BoxSums", "ByteRuns", "ObjectRuns", "SpanMean")
 PROGRAMS = ("RDTools", "RDImageProcessing", "RDAfisTools", "top")
-REPLAYS = ("BitmapBlockFuzz", "CallsFuzz", "ImageFileFuzz", "OperatorFuzz", "SlapFuzz")
 FLAGS = "-O1 -w"
 MEMORY = 4 << 30
 ENOUGH = 0.9
 
 FIELDS = ("key", "verdict", "by", "seconds", "operator", "file", "line", "old", "new")
 KILLED, SURVIVED, BROKEN, SAME = "killed", "survived", "does not compile", "same object"
+
+
+def replays():
+    return sorted(path.stem for path in (TREE / "fuzz").glob("*Fuzz.cpp"))
 
 
 def run(command, log, cpu, cwd):
@@ -143,7 +146,7 @@ class Suite:
             yield Step(main, fast, folder)
         for name in PROGRAMS[first + 1 :]:
             yield Step(f"tests/kormelin_tests_{name}", fast, name)
-        for name in REPLAYS:
+        for name in replays():
             corpus = TREE / "fuzz" / "corpus" / name
             if corpus.is_dir():
                 yield Step(f"fuzz/{name}Replay", [str(corpus)], name)
@@ -278,8 +281,8 @@ def build(jobs):
              f"-DCMAKE_C_FLAGS_DEBUG={FLAGS}", "-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=gold", "-DKORMELIN_BUILD_TESTS=ON",
              "-DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST", "-DKORMELIN_BUILD_EXAMPLES=OFF"],
             check=True, stdout=subprocess.DEVNULL)
-    targets = [f"kormelin_tests_{name}" for name in PROGRAMS] + [f"{name}Replay" for name in REPLAYS]
-    result = subprocess.run(["ninja", "-C", BUILD, f"-j{jobs}", *targets], capture_output=True, text=True)
+    targets = [f"kormelin_tests_{name}" for name in PROGRAMS] + [f"{name}Replay" for name in replays()]
+    result = subprocess.run(["ninja", "-C", BUILD, "-k0", f"-j{jobs}", *targets], capture_output=True, text=True)
     if result.returncode:
         sys.exit(result.stdout[-5000:])
 
