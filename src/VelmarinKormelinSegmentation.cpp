@@ -3,6 +3,7 @@
 #include "KormelinSegmentHandle.hpp"
 #include "KormelinSegmentation.hpp"
 #include "KormelinSegmentationHandle.hpp"
+#include "RDTools/IgnoreFailure.hpp"
 
 namespace
 {
@@ -33,15 +34,13 @@ template <class T> std::enable_if_t<std::is_arithmetic_v<T>, T> LogArgument(T va
 template <class... Args>
 void LogFailure(const ClCallFormat& cFormat, long nCode, const char* szFunction, Args... args) noexcept
 {
-    try
-    {
-        ClKormelinSegmentation::LogF(eLogError, cFormat.m_szError, szFunction, args..., static_cast<int>(nCode),
-                                     GetErrorDescriptionIntern(nCode));
-    }
-    catch (const ClException&)
-    {
-        // The caller needs the number of its own failure, not that of the line about it.
-    }
+    // The caller needs the number of its own failure, not that of the line about it.
+    IgnoreFailure(
+        [&]
+        {
+            ClKormelinSegmentation::LogF(eLogError, cFormat.m_szError, szFunction, args..., static_cast<int>(nCode),
+                                         GetErrorDescriptionIntern(nCode));
+        });
 }
 
 /// The frame of every call: Enter line, body, Leave line, 0. A ClException becomes the Error line and its number; an

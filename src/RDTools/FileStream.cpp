@@ -2,6 +2,7 @@
 
 #include "RDTools/File.hpp"
 #include "RDTools/FileSystem.hpp"
+#include "RDTools/IgnoreFailure.hpp"
 #include "RDTools/TpArrayStatic.hpp"
 #include "RDTools/XChar.hpp"
 
@@ -26,13 +27,7 @@ ClFileStream::ClFileStream(const wchar_t* szName, const wchar_t* szMode)
 
 ClFileStream::~ClFileStream()
 {
-    try
-    {
-        Close();
-    }
-    catch (...) // the file is closed all the same
-    {
-    }
+    IgnoreFailure([this] { Close(); }); // the file is closed all the same
     delete[] m_szName;
 }
 
