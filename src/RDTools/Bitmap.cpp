@@ -45,7 +45,7 @@ template <class Fn> auto FillOrClear(ClBitmap& cBitmap, Fn&& fn)
     {
         return fn();
     }
-    catch (const ClException&)
+    catch (...)
     {
         cBitmap.ClearFree();
         throw;

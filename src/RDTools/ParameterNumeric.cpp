@@ -128,7 +128,7 @@ void StripTrailingZeros(char* szText)
     {
         return;
     }
-    for (char* pLast = szText + std::strlen(szText) - 1; *pLast == '0' && pLast[-1] != '.' && pLast[-1] != ','; --pLast)
+    for (char* pLast = szText + std::strlen(szText) - 1; *pLast == '0' && pLast[-1] != '.'; --pLast)
     {
         *pLast = '\0';
     }

@@ -268,8 +268,9 @@ TEST(BitmapAttach, AttachToAnImageWithoutAreaChangesNothing)
     ClBitmap cBitmap(3, 3, 8, 0);
     const auto* pHeader = cBitmap.m_pBIH.get();
     cBitmap.Attach(ClImage());
-    ClImage cFlat(0, 5, 2, 0, 0);
+    ClImage cFlat(0, 5, 2, 0, 0), cLow(5, 0, 2, 0, 0);
     cBitmap.Attach(cFlat);
+    cBitmap.Attach(cLow);
     EXPECT_EQ(pHeader, cBitmap.m_pBIH.get());
 }
 

@@ -468,4 +468,14 @@ TEST(BitmapPixels, SetPixelSkipsAColourWithoutAMask)
     EXPECT_EQ(0u, cBitmap.GetPixel(0, 0));
     EXPECT_EQ(0x120034, cBitmap.LongFromMem(cBitmap.Line(0), 4));
 }
+
+TEST(BitmapPixels, WithoutItsTableABitmapHasTheUsualMasksAndIsGrey)
+{
+    ClBitmap cMasks(1, 1, 16, 3), cTable(1, 1, 8, 0);
+    ExpectMask(cMasks, 0, 31, 0, 5);
+    cMasks.m_pPalette = nullptr;
+    ExpectMask(cMasks, 0, 31744, 10, 5);
+    cTable.m_pPalette = nullptr;
+    EXPECT_TRUE(cTable.IsGray(true));
+}
 } // namespace

@@ -5,8 +5,10 @@
 #include "RDTools/FpImage.hpp"
 #include "TestTools.hpp"
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace
@@ -261,6 +263,11 @@ TEST(Bitmap, CopyOfItselfChangesNothing)
     const ClBitmap& cSame = cBitmap;
     cBitmap = cSame;
     EXPECT_EQ(8, cBitmap.Line(4)[12]);
+    for (const bool bCopy : {true, false})
+    {
+        cBitmap.CopyFrom(cSame, bCopy);
+        EXPECT_EQ(8, cBitmap.Line(4)[12]);
+    }
 
     // A second bitmap without a share in the block that it sees.
     ClBitmap cView(reinterpret_cast<unsigned char*>(cBitmap.m_pBIH.get()), true);
@@ -274,6 +281,52 @@ TEST(Bitmap, AByteFillsAllPixels)
     EXPECT_EQ(&cBitmap, &(cBitmap = 0xc3));
     EXPECT_EQ(Bytes_t(80, 0xc3), Bytes_t(cBitmap.m_pPixels.get(), cBitmap.m_pPixels.get() + 80));
     EXPECT_EQ(0xffffffu, cBitmap.PaletteEntry(255));
+}
+
+TEST(Bitmap, AByteFillsNothingWhereThereAreNoPixels)
+{
+    const Bytes_t aOriginal = PackedBitmap(13, 5, 8);
+    for (const auto& [nWidth, nHeight] : {std::pair(0, 5), std::pair(13, 0), std::pair(-13, 5), std::pair(13, -5)})
+    {
+        Bytes_t aBlock = aOriginal;
+        ClBitmap cBitmap(aBlock.data(), true);
+        cBitmap.Header().biWidth = nWidth;
+        cBitmap.Header().biHeight = nHeight;
+        cBitmap = 0xc3;
+        EXPECT_TRUE(std::equal(aBlock.begin() + 40, aBlock.end(), aOriginal.begin() + 40)) << nWidth << " " << nHeight;
+    }
+    ClImage cNoPixels;
+    cNoPixels.Attach(nullptr, 1, 13, 5, 1, 0, 0);
+    ClBitmap cBitmap(cNoPixels, false);
+    cBitmap = 0xc3;
+    EXPECT_EQ(nullptr, cBitmap.m_pPixels.get());
+}
+
+TEST(Bitmap, BlocksOfImpossibleDepthsHaveNoTable)
+{
+    // Nothing in the block is initialised; below, its first bytes are written, and no more than 40 of them are there.
+    const std::unique_ptr<tagBITMAPINFOHEADER[]> pBlock(
+        reinterpret_cast<tagBITMAPINFOHEADER*>(ClBitmap::BitmapAlloc(4, 4, -8, 0, false)));
+    ClBitmap::FillBI(pBlock.get(), 4, 4, -8, 0);
+    EXPECT_EQ(65528, pBlock[0].biBitCount);
+    EXPECT_EQ(0u, pBlock[0].biClrUsed);
+    EXPECT_EQ(4, pBlock[0].biHeight);
+
+    // One entry, which is left as it is: there is no ramp over a single one.
+    ClGuardedBytes cZero(44);
+    std::memset(cZero.Data(), 0x5a, 44);
+    ClBitmap::FillBI(reinterpret_cast<tagBITMAPINFOHEADER*>(cZero.Data()), 4, 4, 0, 0);
+    EXPECT_EQ(40, cZero.Data()[0]);
+    EXPECT_EQ(0, cZero.Data()[14]);
+    EXPECT_EQ(Bytes_t(4, 0x5a), Bytes_t(cZero.Data() + 40, cZero.Data() + 44));
+}
+
+TEST(Bitmap, SizesAreEqualIfBothSidesAre)
+{
+    const ClBitmap cBitmap(13, 5, 8, 0);
+    EXPECT_TRUE(cBitmap.IsEqualSize(ClBitmap(13, 5, 24, 0)));
+    EXPECT_FALSE(cBitmap.IsEqualSize(ClBitmap(12, 5, 8, 0)));
+    EXPECT_FALSE(cBitmap.IsEqualSize(ClBitmap(13, 6, 8, 0)));
 }
 
 TEST(Bitmap, CopyToWritesExactlyThePackedForm)
@@ -353,7 +406,44 @@ TEST(Bitmap, EqualityComparesHeaderTableAndPixelsButNoPadding)
     EXPECT_TRUE(cEmpty == cEmpty);
     EXPECT_FALSE(cEmpty == cOther);
     EXPECT_FALSE(cEmpty == cFilled);
+    EXPECT_FALSE(cFilled == cEmpty);
     EXPECT_TRUE(cEmpty != cFilled);
+}
+
+TEST(Bitmap, SharedAndMissingPartsAreComparedWithoutReadingThem)
+{
+    Bytes_t aBlock = PackedBitmap(13, 5, 8), aOther = aBlock;
+    const ClBitmap cFirst(aBlock.data(), true), cSameBlock(aBlock.data(), true), cSecond(aOther.data(), true);
+    EXPECT_TRUE(cFirst == cSameBlock);
+    EXPECT_TRUE(cFirst == cSecond);
+    for (const std::size_t nSide : {4, 8}) // width and height
+    {
+        PutLong(aBlock.data(), nSide, 0);
+        PutLong(aOther.data(), nSide, 0);
+        EXPECT_TRUE(cFirst == cSecond) << "no pixels that could differ";
+        PutLong(aBlock.data(), nSide, nSide == 4 ? 13 : 5);
+        PutLong(aOther.data(), nSide, nSide == 4 ? 13 : 5);
+    }
+
+    ClImage cNoPixels;
+    cNoPixels.Attach(nullptr, 1, 13, 5, 1, 19685, 19685);
+    ClBitmap cBare(cNoPixels, false), cBareToo(cNoPixels, false), cFull(13, 5, 8, 0, 19685, 19685);
+    EXPECT_EQ(nullptr, cBare.m_pPixels.get());
+    EXPECT_TRUE(cBare == cBareToo);
+    EXPECT_FALSE(cBare == cFull);
+    EXPECT_FALSE(cFull == cBare);
+
+    ClBitmap cWithout(13, 5, 8, 0), cWith(13, 5, 8, 0);
+    cWithout = 1;
+    cWith = 1;
+    EXPECT_TRUE(cWith == cWithout);
+    cWithout.m_pPalette = nullptr;
+    EXPECT_FALSE(cWith == cWithout);
+    EXPECT_FALSE(cWithout == cWith);
+    ClGuardedBytes cPacked(40 + 1024 + 80);
+    cWithout.CopyTo(cPacked.Data());
+    EXPECT_EQ(1, cPacked.Data()[40 + 1024]);
+    EXPECT_EQ(0, cPacked.Data()[40 + 1023]) << "there was no table to copy";
 }
 
 TEST(Bitmap, ImageAssignmentCopiesTheBitmap)

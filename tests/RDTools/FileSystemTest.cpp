@@ -220,10 +220,15 @@ TEST(FileSystem, RootsMustBeDirectoriesAndAbsolute)
 
 TEST(FileSystem, RelativePathsNeedAnAbsoluteNameOnTheSameDrive)
 {
-    for (const char* szName : {static_cast<const char*>(nullptr), "", "a.bmp", "../a.bmp", "C:a.bmp"})
+    for (const char* szName :
+         {static_cast<const char*>(nullptr), "", "a.bmp", "../a.bmp", "C:a.bmp", "@:/a", "[:/a", "`:/a", "{:/a"})
     {
         EXPECT_RAISES(FileSystem::MakeRelativePath("/data/", szName), ClException, -44,
                       "One(or more) parameter(s) is(are) invalid.\nszAbsolutePath is not a absolute path");
+    }
+    for (const std::string sRoot : {"A:/", "Z:/", "a:/", "z:/"})
+    {
+        EXPECT_EQ("a.bmp", FileSystem::MakeRelativePath(sRoot.c_str(), (sRoot + "a.bmp").c_str()));
     }
     const char* const szDrive =
         "One(or more) parameter(s) is(are) invalid.\nthe absolute paths dont have the same drive";

@@ -5,9 +5,11 @@
 #include "TestTools.hpp"
 
 #include <cstring>
+#include <fcntl.h>
 #include <set>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 using FileSystem::ClFindFile;
@@ -165,6 +167,28 @@ TEST(FindFile, AnEntryThatHasGoneIsOfNoKind)
     EXPECT_STREQ("sub", cFind.Name());
     EXPECT_FALSE(cFind.IsDirectory());
     EXPECT_FALSE(cFind.IsSubDirectory());
+}
+
+TEST(FindFile, AReadErrorIsNotTheEndOfTheDirectory)
+{
+    const ClTestTree cFolder;
+    cFolder.Write("a.bmp", "");
+    const long nOpen = OpenFiles();
+    {
+        ClFindFile cFind;
+        const int nDirectory = dup(0); // the lowest free number, which the directory gets, too
+        ASSERT_EQ(0, close(nDirectory));
+        ASSERT_TRUE(cFind.First((cFolder / "*.bmp").c_str()));
+        // What stands in the place of the directory from now on has no entries to be read.
+        const int nFile = open((cFolder / "a.bmp").c_str(), O_RDONLY | O_CLOEXEC);
+        ASSERT_EQ(nDirectory, dup2(nFile, nDirectory));
+        EXPECT_RAISES(while (cFind.Next()){}, ClExFilesystem, -204,
+                      (std::string("Not a directory\n") + (cFolder / "")).c_str());
+        EXPECT_STREQ("", cFind.Name());
+        EXPECT_FALSE(cFind.Next()) << "the search has ended";
+        EXPECT_EQ(0, close(nFile));
+    }
+    EXPECT_EQ(nOpen, OpenFiles());
 }
 
 TEST(FindFile, BackslashesBecomeSlashesInPlace)

@@ -348,6 +348,7 @@ TEST(FpImage, ValidityIsTestedInOrder)
     expect([](ClImage& c) { c.m_eDataType = ClImage::eSInt8; }, szSigned);
     expect([](ClImage& c) { c.m_eDataType = ClImage::eSInt8, c.m_dBlack = -128; }, szSigned);
     expect([](ClImage& c) { c.m_eDataType = ClImage::eSInt8, c.m_dBlack = c.m_dWhite = std::nan(""); }, szSigned);
+    expect([](ClImage& c) { c.m_eDataType = ClImage::eSInt8, c.m_dBlack = -128, c.m_dWhite = 126; }, szSigned);
 }
 
 TEST(FpImage, OtherTypesMayHaveAnyOrderedRange)
@@ -453,6 +454,19 @@ TEST(FpImage, GetPlaneCanReplaceTheImageItself)
     }
 }
 
+TEST(FpImage, AreaWithoutPixelsHasNoneToCopy)
+{
+    ClImage cNoPixels, cCopy, cPlane;
+    cNoPixels.Attach(nullptr, ClImage::eUInt8, 5, 4, 3, 10, 20);
+    cCopy = cNoPixels;
+    EXPECT_TRUE(SameDescription(cNoPixels, cCopy));
+    EXPECT_NE(nullptr, cCopy.Data());
+    cNoPixels.GetPlane(1, cPlane);
+    EXPECT_EQ(5, cPlane.m_nWidth);
+    EXPECT_EQ(4, cPlane.m_nHeight);
+    EXPECT_EQ(1, cPlane.m_nPlanes);
+}
+
 TEST(FpImage, FillAligmentCountsPixelsNotBytes)
 {
     // Meant: of a one-plane 8-bit image it fills exactly the padding, of any other it overwrites pixels.
@@ -475,6 +489,10 @@ TEST(FpImage, FillAligmentCountsPixelsNotBytes)
     cFull.m_nWidth = 5;
     cFull.FillAligment(2);
     EXPECT_EQ(1, cFull.Data()[7]);
+    cFull.m_nHeight = 3;
+    cFull.m_nWidth = -5;
+    cFull.FillAligment(2);
+    EXPECT_EQ(std::vector<unsigned char>(24, 1), std::vector<unsigned char>(cFull.Data(), cFull.Data() + 24));
     cEmpty.FillAligment(2);
 }
 

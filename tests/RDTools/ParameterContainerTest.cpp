@@ -144,6 +144,9 @@ TEST_F(ParameterContainer, FindLocalIgnoresCaseAndLooksAtChildrenOnly)
     EXPECT_EQ(nullptr, m_cRoot.FindLocal("Sub.B"));
     EXPECT_EQ(nullptr, m_cRoot.FindLocal("Thresh"));
     EXPECT_EQ(nullptr, m_cRoot.FindLocal(nullptr));
+    m_pA->SetName(nullptr);
+    EXPECT_EQ(nullptr, m_cRoot.FindLocal("A")) << "a child without a name is passed by";
+    EXPECT_EQ(m_pD, m_cRoot.FindLocal("d"));
 }
 
 TEST_F(ParameterContainer, DuplicateNamesAreRefusedAndChangeNothing)
@@ -221,6 +224,7 @@ TEST_F(ParameterContainer, APathMayStartWithTheNameOfTheRootWhereCaseCounts)
     EXPECT_EQ(m_pB, m_cRoot.Find("Root.Sub.B"));
     EXPECT_EQ(m_pA, m_cRoot.Find(".Root.A"));
     EXPECT_EQ(nullptr, m_cRoot.Find("root.A"));
+    EXPECT_EQ(nullptr, m_cRoot.Find("Root")) << "alone it would have to be a child";
     EXPECT_EQ(nullptr, m_pSub->Find("Sub.B")); // it is no root
     ClParameterContainer* pChild = m_cRoot.AddContainer("root");
     ClParameter* pOther = pChild->AddNumeric("A", &m_nA);
@@ -409,4 +413,5 @@ TEST_F(ParameterContainer, CopyingWithAPlainParameterIsRefused)
     EXPECT_RAISES(m_cRoot.CopyTo(&cPlain), ClException, FPC_ERROR_BAD_POINTER, szNoContainer);
     EXPECT_RAISES_CODE(m_cRoot.CopyDefaultFrom(&cPlain), FPC_ERROR_BAD_POINTER);
     EXPECT_RAISES_CODE(m_cRoot.CopyValuesFrom(&cPlain, true), FPC_ERROR_BAD_POINTER);
+    EXPECT_RAISES(m_cRoot.CopyDefaultFrom(nullptr), ClException, FPC_ERROR_BAD_POINTER, szNoContainer);
 }

@@ -181,6 +181,8 @@ TEST_F(ParameterEnum, ValueNamesAreCopiedIfTheyFit)
 {
     char szName[16] = "#";
     EXPECT_EQ(6u, m_cShade.GetValueName(1, nullptr, 0));
+    EXPECT_EQ(6u, m_cShade.GetValueName(1, szName, 0));
+    EXPECT_STREQ("#", szName);
     EXPECT_EQ(6u, m_cShade.GetValueName(1, szName, 7));
     EXPECT_STREQ("Middle", szName);
     EXPECT_EQ(6u, m_cShade.GetValueName(1, szName, 6));
@@ -197,6 +199,16 @@ TEST_F(ParameterEnum, CloneHasATableOfItsOwn)
     EXPECT_EQ(2u, pTyped->GetValueNameCount());
     pTyped->SetValue("Bright");
     EXPECT_EQ(EShade::eBright, m_eShade);
+}
+
+TEST_F(ParameterEnum, ARowMayBeAssignedToItself)
+{
+    auto& cRow = m_cShade.m_aMap[2];
+    const auto& cSame = cRow;
+    const char* szName = cRow.m_szName;
+    cRow = cSame;
+    EXPECT_EQ(szName, cRow.m_szName) << "nothing is copied";
+    EXPECT_STREQ("Bright", cRow.m_szName);
 }
 
 TEST_F(ParameterEnum, TablesGrowBeyondTheirStep)

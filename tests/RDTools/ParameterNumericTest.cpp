@@ -191,6 +191,8 @@ TEST(ParameterNumeric, LongsTakeEveryLongAndTheDoublesThatFit)
     EXPECT_EQ(nMax, cNumber.m_Value);
     cNumber.m_cParameter.SetNumber(-9.223372036854776e18);
     EXPECT_EQ(nMin, cNumber.m_Value);
+    EXPECT_EQ(nMax, cNumber.From("1e30")) << "a text beyond the type is its limit";
+    EXPECT_EQ(nMin, cNumber.From("-1e30"));
     EXPECT_RAISES_CODE(cNumber.m_cParameter.SetNumber(9.3e18), -35);
     EXPECT_RAISES_CODE(cNumber.m_cParameter.SetNumber(dNaN), -35);
 }
@@ -386,6 +388,14 @@ TEST(ParameterNumeric, FormatsAreCopiesAndMayBeEmpty)
     cInt.m_cParameter.SetFormat(nullptr);
     EXPECT_EQ(nullptr, cInt.m_cParameter.GetFormat());
     EXPECT_EQ("", cInt.Text());
+}
+
+TEST(ParameterNumeric, AFormatThatCannotBePrintedIsTold)
+{
+    TpNumber<int> cInt(7);
+    cInt.m_cParameter.SetFormat("%2147483648d"); // wider than a text can be
+    EXPECT_RAISES(cInt.Text(), ClException, FPC_ERROR_INTERNAL,
+                  "Internal error.\nValue too large for defined data type");
 }
 
 TEST(ParameterNumeric, ScaleServesTheScaledNumberOnly)

@@ -1,5 +1,6 @@
 #include "RDTools/Parameter.hpp"
 
+#include "FailingHeap.hpp"
 #include "RDTools/FpImage.hpp"
 #include "RDTools/ParameterContainer.hpp"
 #include "TestTools.hpp"
@@ -38,6 +39,28 @@ class ClDoubling : public ClAccessed
 {
 public:
     void Set(const int& nValue) override { m_nStored = 2 * nValue; }
+};
+
+/// The other way round: a plain setter and a getter that a derived class replaces.
+class ClCounting : public IntParameter_t
+{
+public:
+    ClCounting()
+    {
+        m_pObject = this;
+        m_pfnSet = static_cast<void (ClParameter::*)(const int&)>(&ClCounting::Set);
+        m_pfnGet = static_cast<int (ClParameter::*)()>(&ClCounting::Get);
+    }
+    void Set(const int& nValue) { m_nStored = nValue; }
+    virtual int Get() { return m_nStored; }
+
+    int m_nStored = 0;
+};
+
+class ClNegating : public ClCounting
+{
+public:
+    int Get() override { return -m_nStored; }
 };
 
 /// The root of the class tree, with nothing added.
@@ -150,6 +173,15 @@ TEST(Parameter, AccessorsOfAnObjectComeBeforeTheVariable)
     EXPECT_EQ(11, nVariable);
 }
 
+TEST(Parameter, EitherAccessorMayBeVirtual)
+{
+    ClNegating cParameter;
+    cParameter.WriteValue(21);
+    EXPECT_EQ(21, cParameter.m_nStored);
+    EXPECT_EQ(-21, cParameter.ReadValue());
+    EXPECT_EQ(nullptr, cParameter.GetParameterPtr()) << "no variable is bound";
+}
+
 TEST(Parameter, CopyValuesGoThroughTheAccessorsOfBothSides)
 {
     ClAccessed cFrom;
@@ -260,6 +292,18 @@ TEST(Parameter, CloneCopiesTheAccessors)
     EXPECT_EQ(3, cParameter.m_nStored);
 }
 
+TEST(Parameter, CloneWithoutMemoryIsNotMadeByHalves)
+{
+    int nValue = 5;
+    IntParameter_t cParameter;
+    cParameter.SetName("Threshold");
+    cParameter.SetDescription("Grey value from which a pixel is white");
+    cParameter.Bind(&nValue);
+    // the object, its name, its description
+    EXPECT_LE(3, ExpectBadAllocAtEveryAllocation([&] { delete cParameter.Clone(); }));
+    EXPECT_STREQ("Threshold", cParameter.GetName());
+}
+
 TEST(Parameter, CloneIsOfTheSameClassAtEveryLevel)
 {
     int nValue = 0;
@@ -321,6 +365,15 @@ TEST(Parameter, AnswersWhatItIs)
     EXPECT_EQ(nullptr, cBare.GetNumericInterface());
     EXPECT_EQ(nullptr, cBare.GetEnumInterface());
     EXPECT_EQ(nullptr, cBare.GetBlobnterface());
+}
+
+TEST(Parameter, APlainParameterIsNotMovedBySettingItsContainer)
+{
+    ClParameterContainer cContainer;
+    IntParameter_t cNumber;
+    cNumber.SetContainer(&cContainer);
+    EXPECT_EQ(nullptr, cNumber.m_pParent);
+    EXPECT_EQ(0u, cContainer.m_aChildren.Entries());
 }
 
 TEST(Parameter, TheBareNodeHasNoTexts)

@@ -3,6 +3,7 @@
 #include "RDTools/ParameterContainer.hpp"
 #include "TestTools.hpp"
 
+#include <clocale>
 #include <cstdarg>
 #include <cstdio>
 #include <memory>
@@ -15,6 +16,7 @@ namespace
 class ClRecorder : public ClProcessorBase
 {
 public:
+    using ClProcessorBase::FormatSettings;
     using ClProcessorBase::QueryParameters;
     ClProcessorBase* Create() override { return NewProcessor<ClRecorder>(); }
     const char* Name() const override { return "Recorder"; }
@@ -311,4 +313,15 @@ TEST_F(ProcessorBase, SettingsThatDoNotFitAreRefused)
                   "Internal error.\nString-Length exceeded available size");
     EXPECT_RAISES(cProcessor.ParameterString(szBuffer, 0), ClException, FPC_ERROR_INTERNAL,
                   "Internal error.\nString-Length exceeded available size");
+}
+
+TEST_F(ProcessorBase, SettingsThatCannotBeWrittenAreRefused)
+{
+    const std::string sLocale = std::setlocale(LC_ALL, nullptr);
+    std::setlocale(LC_ALL, "C");
+    const wchar_t wszBeyond[] = {wchar_t(0x20AC), 0}; // has no byte in the locale "C"
+    char szBuffer[16];
+    EXPECT_RAISES(ClRecorder::FormatSettings(szBuffer, sizeof szBuffer, "%ls", wszBeyond), ClException,
+                  FPC_ERROR_INTERNAL, "Internal error.\nString-Length exceeded available size");
+    std::setlocale(LC_ALL, sLocale.c_str());
 }

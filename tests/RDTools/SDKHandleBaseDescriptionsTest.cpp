@@ -1,6 +1,7 @@
 #include "RDTools/SDKHandleBaseFixture.hpp"
 #include "TestTools.hpp"
 
+#include <cstring>
 #include <string>
 #include <utility>
 #include <vector>
@@ -183,4 +184,41 @@ TEST_F(SDKHandleBaseDescriptions, AHandleIsNoList)
     EXPECT_RAISES(m_cRich.Remove(0), ClExVelmarin, -209, szWrong);
     EXPECT_NO_THROW(m_cRich.Reset());
     EXPECT_EQ(4, m_cRich.m_nCount);
+}
+
+TEST(SDKHandleProperties, BlocksOfBytesFollowTheSizeProtocol)
+{
+    /// A number that can be had as its bytes, too.
+    class ClBytes : public TpParameterNumeric<int, ClParameter>, public ClParameterBlobInterface
+    {
+    public:
+        ClParameterBlobInterface* GetBlobnterface() override { return this; }
+        bool GetBlob(void* pValue, unsigned long& nSize) override
+        {
+            const bool bFits = nSize >= sizeof *m_pValue;
+            nSize = sizeof *m_pValue;
+            if (bFits)
+            {
+                std::memcpy(pValue, m_pValue, sizeof *m_pValue);
+            }
+            return bFits;
+        }
+        void SetBlob(const void* pValue, unsigned long nSize) override { std::memcpy(m_pValue, pValue, nSize); }
+        unsigned long GetBlobSize() const override { return sizeof *m_pValue; }
+        void ClearBlob() override { *m_pValue = 0; }
+    };
+
+    int nNumber = 0x04030201;
+    ClParameterContainer cProperties;
+    cProperties.AddParam<ClBytes>("Number", &nNumber);
+    int nRead = 0;
+    unsigned long nSize = 3;
+    EXPECT_RAISES(SDKHandleProperties::GetBlob(cProperties, "number", &nRead, &nSize), ClExVelmarin, -21, szTooSmall);
+    EXPECT_EQ(4u, nSize);
+    EXPECT_EQ(0, nRead);
+    SDKHandleProperties::GetBlob(cProperties, "number", &nRead, &nSize);
+    EXPECT_EQ(0x04030201, nRead);
+    nRead = 7;
+    SDKHandleProperties::SetBlob(cProperties, "number", &nRead, 4);
+    EXPECT_EQ(7, nNumber);
 }

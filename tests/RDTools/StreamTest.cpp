@@ -8,7 +8,9 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <sys/mman.h>
 #include <type_traits>
+#include <unistd.h>
 
 namespace
 {
@@ -369,6 +371,29 @@ TEST(Stream, StringThatDoesNotFitIntoTheBufferIsRefused)
     EXPECT_STREQ("", szBuffer);
     cEmpty.Rewind();
     EXPECT_EQ(4u, cEmpty.ReadString(nullptr, 0));
+}
+
+TEST(Stream, StringLongerThanItsLengthFieldIsRefused)
+{
+    // 2 to the power of 32 characters, which are the same 2 MB again and again, and the terminator.
+    constexpr std::size_t nPart = std::size_t(1) << 21, nText = std::size_t(1) << 32;
+    const int nFile = memfd_create("text", MFD_CLOEXEC);
+    ASSERT_EQ(0, ftruncate(nFile, static_cast<off_t>(nPart)));
+    void* pMap =
+        mmap(nullptr, nText + nPart, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(MAP_FAILED, pMap);
+    char* szText = static_cast<char*>(pMap);
+    for (std::size_t nAt = 0; nAt < nText; nAt += nPart)
+    {
+        ASSERT_EQ(szText + nAt, mmap(szText + nAt, nPart, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_FIXED, nFile, 0));
+    }
+    std::memset(szText, 'a', nPart);
+    ClMemoryStream cStream;
+    EXPECT_RAISES(cStream.WriteString(szText), ClExRange, -35,
+                  "One of the parameters is out of range.\nthe text is too long for its length field.");
+    EXPECT_TRUE(cStream.m_aBytes.empty());
+    munmap(pMap, nText + nPart);
+    close(nFile);
 }
 
 TEST(Stream, StringWithoutMemoryIsABadAllocation)
