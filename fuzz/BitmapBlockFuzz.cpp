@@ -54,10 +54,15 @@ std::vector<unsigned char> BitmapOf(void* hSegment, const StBitmapFate& cFate)
     return {pBitmap.get(), pBitmap.get() + nSize};
 }
 
+/// A segment by both origins. Rows are scaled as columns are: where the resolutions differ a finger may come to lie
+/// above the picture, and is refused; its bitmap is there all the same.
 StSegment SegmentAt(void* hRun, int nIndex, void* hSegment, const StBitmapFate& cFate)
 {
     Promise(KSSetPropertyLongA(hRun, "CoordinateOrigin", 1) == FPC_SUCCESS, "the origin");
-    Promise(KSGetSegment(hRun, nIndex, hSegment) == FPC_SUCCESS, "a segment with its origin above");
+    const long nCode = KSGetSegment(hRun, nIndex, hSegment);
+    if (nCode == FPC_ERROR_PARAM_OUT_OF_RANGE && cFate.m_nXRes != cFate.m_nYRes)
+        return {0, 0, 0, 0, BitmapOf(hSegment, cFate)};
+    Promise(nCode == FPC_SUCCESS, "a segment with its origin above");
     const long nAbove = Property(hSegment, "y");
     Promise(KSSetPropertyLongA(hRun, "CoordinateOrigin", 0) == FPC_SUCCESS, "the origin");
     Promise(KSGetSegment(hRun, nIndex, hSegment) == FPC_SUCCESS, "a segment with its origin below");
@@ -137,6 +142,15 @@ void RunBiggest(void* hRun, const unsigned char* pBlock, std::size_t nSize, cons
     PromiseBiggest(SegmentsOf(hRun, cFate), acObject, nArea, cFate);
 }
 
+/// Whether the picture at the working resolution is smaller than the widest filter.
+bool IsReducedBelowFilters(const StBitmapFate& c)
+{
+    constexpr double dPels = 3937.0, dWidest = 9.0;
+    const auto reduced = [](long nSide, long nRes)
+    { return static_cast<double>(nSide) * dPels / static_cast<double>(nRes); };
+    return reduced(c.m_nWidth, c.m_nXRes) < dWidest || reduced(c.m_nHeight, c.m_nYRes) < dWidest;
+}
+
 std::uint64_t RunFingers(void* hRun, const unsigned char* pBlock, std::size_t nSize, const StBitmapFate& cFate)
 {
     Promise(KSSetPropertyLongA(hRun, "SegmentationMode", 0) == FPC_SUCCESS, "the first mode");
@@ -145,7 +159,8 @@ std::uint64_t RunFingers(void* hRun, const unsigned char* pBlock, std::size_t nS
     if (nExpected != FPC_SUCCESS)
         Promise(nCode == nExpected, "the code of the first check that fails");
     else
-        Promise(nCode == FPC_SUCCESS || nCode == FPC_ERROR_PARAM_OUT_OF_RANGE || nCode == FPC_ERROR_OUT_OF_MEMORY,
+        Promise(nCode == FPC_SUCCESS || nCode == FPC_ERROR_PARAM_OUT_OF_RANGE || nCode == FPC_ERROR_OUT_OF_MEMORY ||
+                    (nCode == FPC_ERROR_BITMAP_DIMENSION && IsReducedBelowFilters(cFate)),
                 "fingers, or too many of them");
     ClDigest cDigest;
     cDigest.Add(static_cast<std::uint64_t>(nCode));

@@ -18,7 +18,7 @@
 namespace
 {
 constexpr int nHandles = 4;
-constexpr long nMostFingerRuns = 2; // in a sequence: they are what costs
+constexpr long nMostFingerRuns = 2; // in a sequence that has any: they are what costs
 
 struct StEntry
 {
@@ -138,7 +138,7 @@ Memory_t& Memory()
 class ClCalls
 {
 public:
-    explicit ClCalls(ClByteSource& cBytes) : m_cBytes(cBytes) {}
+    explicit ClCalls(ClByteSource& cBytes) : m_cBytes(cBytes), m_nFingerRuns(cBytes.OneIn(8) ? nMostFingerRuns : 0) {}
     ClCalls(const ClCalls&) = delete;
     ClCalls& operator=(const ClCalls&) = delete;
     ~ClCalls()
@@ -238,7 +238,7 @@ private:
         if (nKind % 16 == 1) c.m_nBits = 24;
         if (nKind % 16 == 2) c.m_nRes = 3899;
         if (nKind % 16 == 3) c.m_nBits = 16;
-        if (nKind % 16 == 4 && ++m_nFingerRuns <= nMostFingerRuns)
+        if (nKind % 16 == 4 && m_nFingerRuns-- > 0)
             c = {160 + 16 * (m_cBytes.Byte() % 4),
                  8,
                  3937,
@@ -367,7 +367,7 @@ private:
     ClByteSource& m_cBytes;
     StSlot m_acSlot[nHandles];
     long m_nReferences = 0;
-    long m_nFingerRuns = 0;
+    long m_nFingerRuns; ///< that are left
 };
 } // namespace
 

@@ -11,13 +11,13 @@
 
 namespace
 {
-constexpr std::size_t nLargest = std::size_t{1} << 26;
+std::size_t g_nLargest = std::size_t{1} << 26;
 constexpr std::size_t nMostFilled = std::size_t{1} << 20; // larger blocks would cost more than the run itself
 int g_nFill = 0;
 
 void* Allocate(std::size_t nSize)
 {
-    if (nSize > nLargest) return nullptr;
+    if (nSize > g_nLargest) return nullptr;
     void* const p = std::malloc(nSize == 0 ? 1 : nSize);
     if (p != nullptr) std::memset(p, g_nFill, std::min(nSize, nMostFilled));
     return p;
@@ -30,6 +30,11 @@ void* AllocateOrThrow(std::size_t nSize)
     return p;
 }
 } // namespace
+
+void LimitNewMemory(std::size_t nBytes)
+{
+    g_nLargest = nBytes;
+}
 
 void FillNewMemory(unsigned char nValue)
 {

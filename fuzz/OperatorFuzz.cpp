@@ -136,6 +136,14 @@ void Apply(StBench& c, StOutcome& cOutcome)
     cOutcome.m_nResults = cResults.Sum();
 }
 
+/// Whether planes that were taken apart can be put together again. Where they cannot, some operators leave the output
+/// as it was and answer with success.
+bool CanJoin(const ClImage& cImage)
+{
+    return cImage.m_nPlanes < 2 || (cImage.m_eContent <= ClImage::eCIELUV && cImage.m_eContent != ClImage::eXYZ &&
+                                    cImage.m_eContent != ClImage::eCIELab);
+}
+
 StOutcome Run(unsigned nOperator, const ClByteSource& cBytes, bool bInPlace, unsigned char nMemory)
 {
     FillNewMemory(nMemory);
@@ -147,8 +155,8 @@ StOutcome Run(unsigned nOperator, const ClByteSource& cBytes, bool bInPlace, uns
     if (!c.m_fnIsModest()) return cOutcome;
     cOutcome.m_bRun = true;
     cOutcome.m_bMayBeInput = c.m_bMayBeInput;
-    cOutcome.m_bDetermined = c.m_fnIsDetermined(); // now: the output may be an input
-    const ClImage* const pFirst = c.m_acIn + (bInPlace && c.m_bMayBeInput ? 1 : 0);
+    cOutcome.m_bDetermined = c.m_fnIsDetermined() && CanJoin(c.In()); // now: the output may be an input
+    const ClImage* const pFirst = c.m_acIn + ((bInPlace && c.m_bMayBeInput) || c.m_bOutputIsInput ? 1 : 0);
     const std::uint64_t nBefore = SumOf(pFirst, std::end(c.m_acIn));
     Apply(c, cOutcome);
     if (SumOf(pFirst, std::end(c.m_acIn)) != nBefore)

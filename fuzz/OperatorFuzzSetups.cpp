@@ -61,7 +61,8 @@ template <class Operator> Operator& InstallApart(StBench& c)
     Operator& cOperator = Install<Operator>(c);
     cOperator.m_pInImage = &c.In();
     MakeFormer(c.m_acOut[0], c.m_cBytes);
-    cOperator.m_pOutImage = c.m_cBytes.Byte() == 0xff ? &c.In() : &c.m_acOut[0];
+    c.m_bOutputIsInput = c.m_cBytes.Byte() == 0xff;
+    cOperator.m_pOutImage = c.m_bOutputIsInput ? &c.In() : &c.m_acOut[0];
     LeaveOut(cOperator, c.m_cBytes);
     return cOperator;
 }
@@ -291,11 +292,6 @@ void SetUpGamma(StBench& c)
     cOperator.m_dGamma = c.m_cBytes.OneIn(4) ? Real(c.m_cBytes) : c.m_cBytes.Byte() / 50.0;
 }
 
-bool IsWholePlane(const ClImage& cPlane, const ClImage& cModel)
-{
-    return cPlane.m_nPlanes == 1 && cPlane.m_nWidth == cModel.m_nWidth && cPlane.m_nHeight == cModel.m_nHeight;
-}
-
 void SetUpJoinPlanes(StBench& c)
 {
     auto& cOperator = Install<ClIpJoinPlanes>(c);
@@ -305,8 +301,6 @@ void SetUpJoinPlanes(StBench& c)
     {
         if (c.m_cBytes.OneIn(3)) continue;
         MakeLike(c.In(i), c.In(), c.In().m_eDataType, c.m_cBytes);
-        // Types that differ are not checked: a plane of smaller samples would be read behind its end.
-        if (c.In(i).m_eDataType != c.In().m_eDataType) c.In(i).Delete();
         cOperator.m_apInPlane[i] = &c.In(i);
     }
     for (double& dFill : cOperator.m_adFillcolors)
@@ -317,14 +311,10 @@ void SetUpJoinPlanes(StBench& c)
     cOperator.m_eOutContent = Choice<ClImage::EContent>(8, c.m_cBytes);
     cOperator.m_nOutPlanes = MostlyInt(0, 5, c.m_cBytes);
     cOperator.m_bFillEmptyPlanes = c.m_cBytes.OneIn(8) ? 0 : 1;
-    c.m_fnIsDetermined = [&c, &cOperator]
+    c.m_fnIsDetermined = [&cOperator]
     {
-        // Before the run, as the output may be the first plane: planes of one size leave no sample out.
-        bool bWhole = cOperator.m_bFillEmptyPlanes != 0 &&
-                      (cOperator.m_nOutPlanes > 0 || cOperator.m_eOutContent != ClImage::eUnknown);
-        for (const ClImage* const pPlane : cOperator.m_apInPlane)
-            bWhole = bWhole && (pPlane == nullptr || IsWholePlane(*pPlane, c.In()));
-        return bWhole;
+        return cOperator.m_bFillEmptyPlanes != 0 &&
+               (cOperator.m_nOutPlanes > 0 || cOperator.m_eOutContent != ClImage::eUnknown);
     };
 }
 
@@ -342,7 +332,8 @@ void SetUpLabeling(StBench& c)
     {
         cDigest.Add(static_cast<std::uint64_t>(cOperator.m_nLabels));
         c.m_cRuns.ForEach([&cDigest](const ClObjectRuns::StRun& cRun, int) { cDigest.AddBytes(&cRun, sizeof cRun); });
-        if (cOperator.m_pOutImage == nullptr || c.m_acOut[0].m_eDataType != ClImage::eSInt32) return;
+        if (c.m_acOut[0].Data() == nullptr || c.m_acOut[0].m_eDataType != ClImage::eSInt32) return;
+        if (cOperator.m_pOutImage == nullptr) return;
         // The plain way of labelling one object leaves an image alone that is labelled already.
         ClDigest cBefore, cAfter;
         cBefore.Add(c.m_acOut[0]);

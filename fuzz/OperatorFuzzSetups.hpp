@@ -24,7 +24,8 @@ struct StBench
     ClIpConnectedComponent2::ComponentsArray_t m_aComponents;
     ClIpFloodFill::StBoundingBox m_cBox = {};
     ClObjectRuns m_cRuns;
-    bool m_bMayBeInput = false;                                   ///< the operator allows that the output is the input
+    bool m_bMayBeInput = false;    ///< the operator allows that the output is the input
+    bool m_bOutputIsInput = false; ///< the output is the input though the operator does not allow it
     std::function<bool()> m_fnIsDetermined = [] { return true; }; ///< the documentation says what the output holds
     std::function<bool()> m_fnIsModest = [] { return true; };     ///< the run does not take long
     /// What the run has left beside the images; also runs what only makes sense after it.

@@ -15,6 +15,9 @@ inline void Promise(bool bHolds, const char* szWhat)
 /// 0, or the number of an error that has a text in the catalogue.
 void PromiseCode(long nCode);
 
+/// Requests for more bytes than this get no memory from here on; 64 megabytes at the start.
+void LimitNewMemory(std::size_t nBytes);
+
 /// Every byte of new memory is nValue from here on: two runs over memory that differs give the same result only if no
 /// byte of it is read before it is written.
 void FillNewMemory(unsigned char nValue);

