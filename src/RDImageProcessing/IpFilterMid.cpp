@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <type_traits>
 
@@ -409,6 +410,13 @@ template <class Slide> long ClIpFilterMid::Pass(int nSize, bool bOddWidths, Slid
     }
     if (m_nFilterWidth == 0)
     {
+        // The run goes on where this is a plane of a colour image: no sample may be what the memory happened to hold.
+        if (m_pOutImage->Data() != nullptr)
+        {
+            std::memset(m_pOutImage->Data(), 0,
+                        static_cast<std::size_t>(m_pOutImage->Stride()) *
+                            static_cast<std::size_t>(m_pOutImage->m_nHeight));
+        }
         return FPC_ERROR_INTERNAL;
     }
     // A sample alone is its own mean.

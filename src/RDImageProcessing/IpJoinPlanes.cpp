@@ -29,11 +29,32 @@ int PlanesOfContent(ClImage::EContent eContent, int nPlanesIfUnknown)
     }
 }
 
+/// What a plane has of the output's samples: rows from row 0, samples from the first of each row.
+struct StPart
+{
+    int nWidth;
+    int nHeight;
+};
+
+StPart PartOf(const ClImage& cPlane, const ClImage& cOut)
+{
+    const int nSize = ClImage::SampleSize(cOut.m_eDataType);
+    if (cPlane.Data() == nullptr || cPlane.m_eDataType != cOut.m_eDataType || nSize == 0) return {0, 0};
+    return {std::min({cPlane.SamplesPerRow(), cPlane.Stride() / nSize, cOut.m_nWidth}),
+            std::min(cPlane.m_nHeight, cOut.m_nHeight)};
+}
+
+/// Whether a plane has all samples of the output. One that an operator has failed to make has none.
+bool IsWhole(const ClImage* pPlane, const ClImage& cOut)
+{
+    if (pPlane == nullptr) return false;
+    const StPart cPart = PartOf(*pPlane, cOut);
+    return cPart.nWidth == cOut.m_nWidth && cPart.nHeight == cOut.m_nHeight;
+}
+
 template <class T> void InterleavePlane(const ClImage& cPlane, int nPlane, ClImage& cOut)
 {
-    const bool bReadable = cPlane.Data() != nullptr && cPlane.m_eDataType == cOut.m_eDataType;
-    const int nHeight = bReadable ? std::min(cPlane.m_nHeight, cOut.m_nHeight) : 0;
-    const int nWidth = std::min(cPlane.Stride() / static_cast<int>(sizeof(T)), cOut.m_nWidth);
+    const auto [nWidth, nHeight] = PartOf(cPlane, cOut);
     const std::ptrdiff_t nStep = cOut.m_nPlanes;
     for (int y = 0; y < nHeight; ++y)
     {
@@ -167,13 +188,13 @@ long ClIpJoinPlanes::Join(ClImage& cOut, const ClImage& cModel, int nPlanes) con
                                   using T = typename decltype(cTag)::Type;
                                   for (int i = 0; i < nPlanes; ++i)
                                   {
+                                      if (m_bFillEmptyPlanes != 0 && !IsWhole(m_apInPlane[i], cOut))
+                                      {
+                                          FillPlane(CastSample<T>(m_adFillcolors[i]), i, cOut);
+                                      }
                                       if (m_apInPlane[i] != nullptr)
                                       {
                                           InterleavePlane<T>(*m_apInPlane[i], i, cOut);
-                                      }
-                                      else if (m_bFillEmptyPlanes != 0)
-                                      {
-                                          FillPlane(CastSample<T>(m_adFillcolors[i]), i, cOut);
                                       }
                                   }
                                   return long(FPC_SUCCESS);

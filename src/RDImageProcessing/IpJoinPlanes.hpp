@@ -8,7 +8,8 @@
 ///         plane only what it has is read.
 /// Output  type, size and resolution of the first plane, the range of its type; as many planes as m_eOutContent has,
 ///         or m_nOutPlanes if it is eUnknown. May be one of the input planes.
-/// Values  samples as they stand. A plane that is not set holds its fill colour, truncated to the sample type.
+/// Values  samples as they stand. A plane that is not set holds its fill colour, truncated to the sample type, and so
+///         do the samples that a smaller plane has not.
 /// Errors  -35 for an unknown content, for eXYZ and eCIELab, and for more than four planes; -10 without output or
 ///         without any plane; -101 for a type that is none of the eight; ClExBadAlloc.
 class ClIpJoinPlanes : public ClProcessorBase
@@ -29,10 +30,10 @@ public:
     long Process() override;
 
     ClImage* m_apInPlane[nMaxPlanes] = {}; ///< not owned
-    double m_adFillcolors[nMaxPlanes];     ///< sample values for planes that are not set; NaN by default
+    double m_adFillcolors[nMaxPlanes];     ///< sample values for what planes have not; NaN by default
     ClImage* m_pOutImage = nullptr;        ///< not owned
     ClImage::EContent m_eOutContent = ClImage::eUnknown;
-    int m_bFillEmptyPlanes = 1; ///< a truth value; 0 leaves the samples of a missing plane as the new block has them
+    int m_bFillEmptyPlanes = 1; ///< a truth value; 0 leaves missing samples as the new block has them
     int m_nOutPlanes = 0;       ///< planes of an image of unknown content; below 1 nothing is done
 
 private:

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <string>
@@ -401,6 +402,32 @@ TEST(IpFilterMid, AWidthThatShrinksOnTheThirdPlaneIsSmallForTheOthers)
         TypedPassByDefinition<short>(cPlane, true, i == 2 ? 5 : 2, cBetween); // 3 rows leave a width of 2
         TypedPassByDefinition<short>(cBetween, false, i == 2 ? 5 : 2, cExpected);
         EXPECT_TRUE(SamePixels(cExpected, cActual)) << i;
+    }
+}
+
+TEST(IpFilterMid, APlaneThatLeavesNoWidthIsZeroAndNotWhatTheMemoryHolds)
+{
+    const struct
+    {
+        unsigned char eType;
+        int nWidth, nHeight, nPlanes;
+        long nMode;
+    } aCases[] = {{ClImage::eSInt8, 1, 1, 2, 3}, {ClImage::eSInt32, 1, 5, 3, 1}, {ClImage::eDouble64, 16, 1, 2, 3}};
+    for (const auto& c : aCases)
+    {
+        ClImage cIn, cOut, cFirst, cCopied, cLast;
+        cIn.NewWithType(c.eType, c.nWidth, c.nHeight, c.nPlanes, 3937, 3937);
+        FillRandom(cIn, 26);
+        cOut.NewWithType(c.eType, c.nWidth, c.nHeight, c.nPlanes, 3937, 3937); // its block is used again
+        FillRandom(cOut, 29);
+        ASSERT_EQ(FPC_SUCCESS, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, c.nMode));
+        cIn.GetPlane(0, cFirst);
+        cOut.GetPlane(0, cCopied);
+        EXPECT_TRUE(SamePixels(cFirst, cCopied)) << "the width is 0 by now";
+        cOut.GetPlane(c.nPlanes - 1, cLast);
+        const auto* const pBytes = Row<unsigned char>(cLast, 0);
+        const auto nBytes = static_cast<std::size_t>(c.nWidth * ClImage::SampleSize(c.eType));
+        EXPECT_TRUE(std::all_of(pBytes, pBytes + nBytes, [](unsigned char n) { return n == 0; })) << int(c.eType);
     }
 }
 

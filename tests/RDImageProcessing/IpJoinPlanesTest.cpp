@@ -229,10 +229,50 @@ TEST(IpJoinPlanes, OfAPlaneThatIsTooSmallOnlyWhatItHasIsRead)
     ClImage cWithoutPixels;
     ClIpJoinPlanes cJoin;
     cJoin.m_eOutContent = ClImage::eRGB;
+    cJoin.m_adFillcolors[1] = 77.0;
     ClImage cOut;
     ASSERT_EQ(0, cJoin.ApplyParam(cOut, &cBig, &cSmall, &cWithoutPixels, nullptr));
-    EXPECT_EQ(SampleAt<unsigned char>(cBig, 7, 3), SampleAt<unsigned char>(cOut, 7, 3, 0));
-    EXPECT_EQ(SampleAt<unsigned char>(cSmall, 3, 1), SampleAt<unsigned char>(cOut, 3, 1, 1));
+    for (int y = 0; y < 4; ++y)
+    {
+        for (int x = 0; x < 8; ++x)
+        {
+            const bool bSmall = x < 4 && y < 2;
+            EXPECT_EQ(SampleAt<unsigned char>(cBig, x, y), SampleAt<unsigned char>(cOut, x, y, 0));
+            EXPECT_EQ(bSmall ? SampleAt<unsigned char>(cSmall, x, y) : 77, SampleAt<unsigned char>(cOut, x, y, 1));
+            EXPECT_EQ(0, SampleAt<unsigned char>(cOut, x, y, 2)) << "no fill colour";
+        }
+    }
+}
+
+TEST(IpJoinPlanes, ThePaddingOfANarrowPlaneIsNoSample)
+{
+    ClImage cBig, cNarrow, cOut;
+    FillRandom8(cBig, 8, 2, 3);
+    cNarrow.NewWithType(ClImage::eUInt8, 5, 2, 1, 0, 0);
+    FillRandom(cNarrow, 4);
+    cNarrow.FillAligment(200);
+    ClIpJoinPlanes cJoin;
+    cJoin.m_nOutPlanes = 2;
+    cJoin.m_adFillcolors[1] = 9.0;
+    ASSERT_EQ(0, cJoin.ApplyParam(cOut, &cBig, &cNarrow, nullptr, nullptr));
+    for (int x = 0; x < 8; ++x)
+    {
+        EXPECT_EQ(x < 5 ? SampleAt<unsigned char>(cNarrow, x, 1) : 9, SampleAt<unsigned char>(cOut, x, 1, 1)) << x;
+    }
+}
+
+TEST(IpJoinPlanes, APlaneOfAnotherTypeHoldsItsFillColour)
+{
+    ClImage cBytes, cWords, cOut;
+    FillRandom8(cBytes, 4, 2, 5);
+    cWords.NewWithType(ClImage::eUInt16, 4, 2, 1, 0, 0);
+    FillRandom(cWords, 6);
+    ClIpJoinPlanes cJoin;
+    cJoin.m_nOutPlanes = 2;
+    cJoin.m_adFillcolors[1] = 13.0;
+    ASSERT_EQ(0, cJoin.ApplyParam(cOut, &cBytes, &cWords, nullptr, nullptr));
+    EXPECT_EQ(SampleAt<unsigned char>(cBytes, 3, 1), SampleAt<unsigned char>(cOut, 3, 1, 0));
+    EXPECT_EQ(13, SampleAt<unsigned char>(cOut, 3, 1, 1));
 }
 
 TEST(IpJoinPlanes, PublishesItsParametersWithTheirDefaults)
