@@ -15,6 +15,17 @@ namespace
 using StLinePart = ClIpFloodFill::StLinePart;
 using ClLineParts = TpArrayDynamic<StLinePart, 100>;
 
+/// Sets a run of at least one byte. Fine hatchings have one or two, which are not worth a call.
+void PaintRun(unsigned char* pRun, long nLength, unsigned char nValue)
+{
+    pRun[0] = nValue;
+    pRun[nLength - 1] = nValue;
+    if (nLength > 2)
+    {
+        std::memset(pRun, nValue, static_cast<std::size_t>(nLength));
+    }
+}
+
 /// Replaces one value by another over whole regions, run by run.
 class ClRegionFill
 {
@@ -40,7 +51,7 @@ public:
             }
             const long nFirst = StartOfRun(cPart.pRow, cPart.nX, m_nWidth, m_nOld);
             const long nEnd = EndOfRun(cPart.pRow, cPart.nX, m_nWidth, m_nOld);
-            std::memset(cPart.pRow + nFirst, m_nNew, static_cast<std::size_t>(nEnd - nFirst));
+            PaintRun(cPart.pRow + nFirst, nEnd - nFirst, m_nNew);
             if (cPart.pRow + m_nStride < m_pEnd)
             {
                 PushRuns(cPart.pRow + m_nStride, nFirst, nEnd);
@@ -57,6 +68,14 @@ private:
     /// Puts one entry on the stack for each run of the old value above or below a run that was filled.
     void PushRuns(unsigned char* pRow, long nFirst, long nEnd)
     {
+        if (nEnd - nFirst == 1) // as all are in a fine hatching
+        {
+            if (pRow[nFirst] == m_nOld)
+            {
+                PushEntry(m_aStack, StLinePart{pRow, nFirst});
+            }
+            return;
+        }
         ForEachRun(pRow, m_nWidth, nFirst, nEnd, m_nOld,
                    [&](long nX, long) {
                        PushEntry(m_aStack, StLinePart{pRow, nX});
@@ -216,8 +235,8 @@ void ClIpFloodFill::CountFill(ClImage& cImage)
                        });
             for (unsigned long i = 0; nCount < nThresh && i < aEnds.Entries(); i += 2)
             {
-                const long nLength = aEnds[i + 1].nX - aEnds[i].nX + 1;
-                std::memset(aEnds[i].pRow + aEnds[i].nX, static_cast<int>(nCount), static_cast<std::size_t>(nLength));
+                PaintRun(aEnds[i].pRow + aEnds[i].nX, aEnds[i + 1].nX - aEnds[i].nX + 1,
+                         static_cast<unsigned char>(nCount));
             }
         }
     }
