@@ -150,6 +150,7 @@ int Measure(const ClOptions& cOptions)
 {
     const std::vector<std::uint8_t> aFile = ReadWholeFile(cOptions.m_sImage);
     const double dPixels = PixelsOf(aFile);
+    ClSlapRunner(cOptions.m_nMode).Run(aFile); // pages of code that are first needed are no memory of a run
     ClSlapRunner cRunner(cOptions.m_nMode);
     long nCode = 0;
     long nCount = 0;
