@@ -5,14 +5,12 @@
 
 #include "BenchPictures.hpp"
 
-#include "RDImageProcessing/BoxMean.hpp"
 #include "RDImageProcessing/IpBinarizeAutoThreshold.hpp"
 #include "RDImageProcessing/IpDelta.hpp"
 #include "RDImageProcessing/IpFilterMid.hpp"
 #include "RDImageProcessing/IpFilterMidRotating.hpp"
 #include "RDImageProcessing/IpRescale.hpp"
 #include "RDImageProcessing/IpRotate.hpp"
-#include "RDImageProcessing/UniformMasks.hpp"
 
 #include <benchmark/benchmark.h>
 
@@ -51,27 +49,9 @@ void Box(ClImage& cIn, ClImage& cOut, int nFilterWidth)
     ClIpFilterMid().ApplyParam(cIn, cOut, nFilterWidth);
 }
 
-/// On any x86-64.
-void NarrowBox(ClImage& cIn, ClImage& cOut, int nFilterWidth)
-{
-    cOut.New(cIn);
-    FastBoxMeans(cIn, nFilterWidth, cOut, false);
-}
-
 void Rotating(ClImage& cIn, ClImage& cOut, int nMode)
 {
     ClIpFilterMidRotating().ApplyParam(cIn, cOut, 9, static_cast<ClIpFilterMidRotating::EVarianceMode>(nMode));
-}
-
-/// The steps of the default mode, on any x86-64.
-void NarrowRotating(ClImage& cIn, ClImage& cOut, int)
-{
-    ClImage cAvg, cDev;
-    NarrowBox(cIn, cAvg, nFastMask);
-    cDev.New(cIn);
-    FastMaskDeviations(cAvg, cIn, cDev, false);
-    cOut.New(cIn);
-    FastMaskSearch(cDev, cAvg, cOut, false);
 }
 
 /// The whole factor stands for the resolution, as it does for a slap of 500 or 1000 pixels per inch.
@@ -236,13 +216,10 @@ bool RegisterAll()
     {
         for (const int nFilterWidth : {3, 5, 21})
             Register("Box" + std::to_string(nFilterWidth), cSize, nFilterWidth, Box WITH_OPENCV(OpenCvBox));
-        for (const int nFilterWidth : {5, 21})
-            Register("Box" + std::to_string(nFilterWidth) + "Narrow", cSize, nFilterWidth, NarrowBox);
         Register("Delta", cSize, 0, Delta WITH_OPENCV(OpenCvDelta));
     }
     const char* const aszMode[] = {"MinDistance", "Deviation", "FixPoint", "Float"};
     for (int nMode = 0; nMode < 4; ++nMode) Register("Rotating9" + std::string(aszMode[nMode]), cHand, nMode, Rotating);
-    Register("Rotating9DeviationNarrow", cHand, 0, NarrowRotating);
     for (const int nFactor : {5, 10})
         Register("Reduce" + std::to_string(nFactor), cSlap, nFactor, Reduce WITH_OPENCV(OpenCvReduce));
     Register("TurnNearest", cSlap, 0, Turn WITH_OPENCV(OpenCvTurn));

@@ -83,3 +83,21 @@ build()
     shift
     (cd "$repository" && cmake --build --preset "$preset" --parallel "$jobs" ${1:+--target "$@"})
 }
+
+# build_state COMMIT FOLDER: the sources of a commit in FOLDER/sources, and of them FOLDER/core/libkormelin_core.a, as it
+# would be delivered. Quiet unless it fails.
+build_state()
+{
+    local commit=$1 folder=$2
+    rm -rf "$folder/sources"
+    mkdir -p "$folder/sources"
+    git -C "$repository" archive "$commit" | tar -x -C "$folder/sources"
+    {
+        cmake -S "$folder/sources" -B "$folder/core" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKORMELIN_BUILD_TESTS=OFF \
+            -DKORMELIN_BUILD_EXAMPLES=OFF -DKORMELIN_BUILD_TOOLS=OFF &&
+            cmake --build "$folder/core" --parallel "$jobs" --target kormelin_core
+    } >"$folder/build.log" 2>&1 || {
+        tail -n 20 "$folder/build.log" >&2
+        return 1
+    }
+}

@@ -15,28 +15,22 @@ use_real_slaps
 work=$repository/build/same-bits
 mkdir -p "$work"
 
-# hashes SOURCES NAME: builds hash-runs on the sources and writes its lines to NAME.txt.
+# hashes SOURCES LIBRARY NAME: builds hash-runs on the sources and writes its lines to NAME.txt.
 hashes()
 {
-    cmake -S "$1" -B "$work/$2" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKORMELIN_BUILD_TESTS=OFF \
-        -DKORMELIN_BUILD_EXAMPLES=OFF -DKORMELIN_BUILD_TOOLS=OFF >"$work/$2.log"
-    cmake --build "$work/$2" --parallel "$jobs" --target kormelin_core >>"$work/$2.log" || {
-        tail -n 20 "$work/$2.log" >&2
-        return 1
-    }
-    "${CXX:-g++}" -std=c++17 -O2 -I "$1/src" -I "$1/include" -I "$repository/tools" -o "$work/$2/hash-runs" \
-        "$repository"/tools/{HashRuns,SlapRun,SlapPicture,SlapPictureScenes}.cpp "$work/$2/libkormelin_core.a" -pthread
-    "$work/$2/hash-runs" "$count" ${KORMELIN_SLAPS:+"$KORMELIN_SLAPS"} >"$work/$2.txt"
-    tail -n 1 "$work/$2.txt"
+    "${CXX:-g++}" -std=c++17 -O2 -I "$1/src" -I "$1/include" -I "$repository/tools" -o "$work/hash-$3" \
+        "$repository"/tools/{HashRuns,SlapRun,SlapPicture,SlapPictureScenes}.cpp "$2" -pthread
+    "$work/hash-$3" "$count" ${KORMELIN_SLAPS:+"$KORMELIN_SLAPS"} >"$work/$3.txt"
+    tail -n 1 "$work/$3.txt"
 }
 
-rm -rf "$work/sources"
-mkdir "$work/sources"
-git -C "$repository" archive "$commit" | tar -x -C "$work/sources"
 say "$(git -C "$repository" log -1 --format='%h %s' "$commit")"
-hashes "$work/sources" before
+build_state "$commit" "$work/state"
+hashes "$work/state/sources" "$work/state/core/libkormelin_core.a" before
 say "As it is"
-hashes "$repository" now
+configure_product
+build release kormelin_core >"$work/build.log"
+hashes "$repository" "$repository/build/release/libkormelin_core.a" now
 if ! cmp -s "$work/before.txt" "$work/now.txt"; then
     echo "These differ:" >&2
     diff "$work/before.txt" "$work/now.txt" >&2 || true
