@@ -152,59 +152,84 @@ TEST(EightThreads, ReuseTheirHandlesForOneSharedPicture)
     EXPECT_EQ(0, nWrong);
 }
 
-// Half of the threads take and give references back, more often than they took some; the others make handles, which the
-// library grants or not, as its count stands, and use and destroy those that they got.
+namespace
+{
+/// Takes references and gives them back, now and then one more than it took: then another thread finds one missing.
+/// Returns the references that are left of its own, which may be below 0.
+long TakeAndGiveReferences(const std::atomic<int>& nWorking, std::atomic<int>& nWrong)
+{
+    long nReferences = 0;
+    for (int i = 0; nWorking > 0; ++i)
+    {
+        nReferences += KSInitialize(nullptr) == 0 ? 1 : 0;
+        void* hSegment = nullptr;
+        const long nCreated = KSCreateSegmentHandle(&hSegment);
+        nWrong += nCreated == 0 || nCreated == -2 ? 0 : 1;
+        nWrong += KSDestroyHandle(&hSegment) == (nCreated == 0 ? 0 : -42) ? 0 : 1;
+        for (int n = 0; n < (i % 4 == 0 ? 2 : 1); ++n)
+        {
+            const long nResult = KSUninitialize();
+            nReferences -= nResult == 0 ? 1 : 0;
+            nWrong += nResult == 0 || nResult == -2 ? 0 : 1;
+        }
+    }
+    return nReferences;
+}
+
+/// Asks for handles until some were granted, uses each, whatever becomes of the library meanwhile, and destroys it.
+void UseHandlesThatAreGranted(int nWanted, std::atomic<int>& nWrong)
+{
+    const auto& aBlock = Pictures()[0];
+    const auto* pHeader = reinterpret_cast<const tagBITMAPINFOHEADER*>(aBlock.data());
+    for (int nGranted = 0; nGranted < nWanted;)
+    {
+        void* hSegmentation = nullptr;
+        const long nResult = KSCreateSegmentationHandle(&hSegmentation);
+        nWrong += nResult == (hSegmentation != nullptr ? 0 : -2) ? 0 : 1;
+        if (nResult == 0)
+        {
+            long nCount = -1;
+            nWrong += KSSetPropertyLongA(hSegmentation, "SegmentationMode", nGranted % 2) == 0 ? 0 : 1;
+            nWrong += KSSegmentBitmap(hSegmentation, pHeader, aBlock.size()) == 0 ? 0 : 1;
+            nWrong += KSGetPropertyLongA(hSegmentation, "Count", &nCount) == 0 && nCount == 1 ? 0 : 1;
+            nWrong += KSDestroyHandle(&hSegmentation) == 0 ? 0 : 1;
+            ++nGranted;
+        }
+    }
+}
+} // namespace
+
+// What is not granted is refused, and what was granted works to its end.
 TEST(EightThreads, InitialiseCreateSegmentDestroyAndUninitialiseAtOnce)
 {
     Expected();
     ASSERT_EQ(-2, KSUninitialize());
     std::atomic<int> nWrong{0};
+    std::atomic<int> nWorking{nThreads / 2};
     std::atomic<long> nReferences{0};
-    std::atomic<int> nGranted{0};
     OnAllThreads(
         [&](int nThread)
         {
-            for (int i = 0; i < 60; ++i)
+            if (nThread % 2 == 0)
             {
-                if (nThread % 2 == 0)
-                {
-                    nReferences += KSInitialize(nullptr) == 0 ? 1 : 0;
-                    for (int n = 0; n < 2; ++n)
-                    {
-                        const long nResult = KSUninitialize();
-                        nReferences -= nResult == 0 ? 1 : 0;
-                        nWrong += nResult == 0 || nResult == -2 ? 0 : 1;
-                    }
-                    continue;
-                }
-                void* hSegmentation = nullptr;
-                const long nResult = KSCreateSegmentationHandle(&hSegmentation);
-                nWrong +=
-                    (nResult == 0 && hSegmentation != nullptr) || (nResult == -2 && hSegmentation == nullptr) ? 0 : 1;
-                if (nResult == 0)
-                {
-                    ++nGranted;
-                    const auto& aBlock = Pictures()[0];
-                    const auto* pHeader = reinterpret_cast<const tagBITMAPINFOHEADER*>(aBlock.data());
-                    long nCount = -1;
-                    nWrong += KSSetPropertyLongA(hSegmentation, "SegmentationMode", i % 8 != 0) == 0 ? 0 : 1;
-                    nWrong += KSSegmentBitmap(hSegmentation, pHeader, aBlock.size()) == 0 ? 0 : 1;
-                    nWrong += KSGetPropertyLongA(hSegmentation, "Count", &nCount) == 0 && nCount == 1 ? 0 : 1;
-                    nWrong += KSDestroyHandle(&hSegmentation) == 0 ? 0 : 1;
-                }
+                nReferences += TakeAndGiveReferences(nWorking, nWrong);
+            }
+            else
+            {
+                UseHandlesThatAreGranted(6, nWrong);
+                --nWorking;
             }
         });
     EXPECT_EQ(0, nWrong);
+    EXPECT_LE(0, nReferences);
     for (; nReferences > 0; --nReferences)
     {
         EXPECT_EQ(0, KSUninitialize());
     }
-    EXPECT_EQ(0, nReferences);
     EXPECT_EQ(-2, KSUninitialize());
     EXPECT_EQ(0, KSInitialize(nullptr));
     EXPECT_TRUE(RunsAsExpected(0));
     EXPECT_EQ(0, KSUninitialize());
-    RecordProperty("HandlesGranted", nGranted);
 }
 
 TEST(EightThreads, ReadAndWritePropertiesOfTheirHandles)
@@ -265,7 +290,7 @@ TEST(EightThreads, AskForDescriptionsAndTheVersion)
 TEST(ProcessOfEightThreads, SeesTheSameFromItsFirstCallsOn)
 {
     std::map<std::string, int> aSums;
-    for (int i = 0; i < 25; ++i)
+    for (int i = 0; i < 15; ++i)
     {
         const StOutput cOutput = OutputOf("first", "");
         EXPECT_EQ(0, cOutput.m_nStatus);
@@ -305,7 +330,7 @@ TEST(ProcessOfEightThreads, EndsWhileItsThreadsSegment)
 {
     for (const char* szEnvironment : {"", "VELMARIN_SDK_LOG=1"})
     {
-        for (int i = 0; i < 5; ++i)
+        for (int i = 0; i < 3; ++i)
         {
             EXPECT_EQ(0, OutputOf("exit", szEnvironment).m_nStatus) << szEnvironment;
         }
