@@ -3,6 +3,7 @@
 #include "RDImageProcessing/Ip1to1Base.hpp"
 #include "RDImageProcessing/IpCut.hpp"
 #include "RDImageProcessing/IpRotate.hpp"
+#include "RDTools/FloatingPoint.hpp"
 
 #include <algorithm>
 

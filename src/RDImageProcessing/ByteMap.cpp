@@ -73,7 +73,7 @@ ThroughTableVbmi(const unsigned char* pIn, unsigned char* pOut, std::ptrdiff_t n
 
 bool HasVbmi()
 {
-    return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+    return HasWideVectors() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
            __builtin_cpu_supports("avx512vbmi");
 }
 #endif

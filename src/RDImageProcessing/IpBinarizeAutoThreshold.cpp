@@ -2,6 +2,7 @@
 
 #include "RDImageProcessing/Histogram.hpp"
 #include "RDImageProcessing/IpBinarizeGlobal.hpp"
+#include "RDTools/FloatingPoint.hpp"
 #include "RDTools/ParameterContainer.hpp"
 #include "RDTools/SampleCast.hpp"
 

@@ -2,6 +2,7 @@
 
 #include "RDImageProcessing/FillTools.hpp"
 #include "RDImageProcessing/IpLabeling.hpp"
+#include "RDTools/FloatingPoint.hpp"
 #include "RDTools/ParameterContainer.hpp"
 
 #include <algorithm>

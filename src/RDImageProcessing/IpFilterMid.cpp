@@ -4,6 +4,7 @@
 #include "RDImageProcessing/BoxSums.hpp"
 #include "RDImageProcessing/FillTools.hpp"
 #include "RDTools/Exception.hpp"
+#include "RDTools/FloatingPoint.hpp"
 #include "RDTools/SampleCast.hpp"
 #include "RDTools/TpArrayStatic.hpp"
 

@@ -1,5 +1,6 @@
 #include "RDImageProcessing/IpGammaCorrection.hpp"
 
+#include "RDTools/FloatingPoint.hpp"
 #include "RDTools/ParameterContainer.hpp"
 #include "RDTools/SampleCast.hpp"
 

@@ -1,5 +1,7 @@
 #include "RDTools/Vector.hpp"
 
+#include "RDTools/FloatingPoint.hpp"
+
 #include <cmath>
 #include <limits>
 

@@ -8,6 +8,8 @@
 //     void AddRowsNarrow(...) { AddRows(...); }
 //     RD_FOR_WIDE_VECTORS void AddRowsWide(...) { AddRows(...); }
 //     (HasWideVectors() ? AddRowsWide : AddRowsNarrow)(...);
+//
+// KORMELIN_NARROW_VECTORS makes a build that takes the narrow ones everywhere: to compare the two as a whole.
 
 #define RD_KERNEL [[gnu::always_inline]] inline
 
@@ -18,8 +20,12 @@
 /// Whether this processor can run what is marked RD_FOR_WIDE_VECTORS.
 inline bool HasWideVectors()
 {
+#if defined(KORMELIN_NARROW_VECTORS)
+    return false;
+#else
     static const bool bHas = __builtin_cpu_supports("avx2") != 0;
     return bHas;
+#endif
 }
 
 #else
