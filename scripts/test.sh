@@ -8,7 +8,7 @@ set -euo pipefail
 
 use_real_slaps
 install_missing "${build_packages[@]}" "${test_packages[@]}" "${tool_packages[@]}" "${bench_packages[@]}" \
-    "${sheet_packages[@]}" clang-format-14 clang-tidy-14
+    "${sheet_packages[@]}" "${abi_packages[@]}" clang-format-14 clang-tidy-14
 
 say "Format"
 "$repository/scripts/format.sh" --check
