@@ -15,7 +15,7 @@ namespace
 constexpr unsigned char nBlack = 0;
 constexpr unsigned char nWhite = 255;
 
-/// A matrix of zeroes of the size of an image.
+/// A matrix of the size of an image.
 class ClMatrix
 {
 public:
@@ -23,9 +23,7 @@ public:
         : m_nWidth(cImage.m_nWidth),
           m_aValues(static_cast<unsigned long>(cImage.m_nWidth) * static_cast<unsigned long>(cImage.m_nHeight))
     {
-        Clear();
     }
-    void Clear() { std::fill_n(m_aValues.m_pData, m_aValues.m_nEntries, 0.0); }
     double* operator[](int nRow) { return m_aValues.m_pData + static_cast<std::ptrdiff_t>(nRow) * m_nWidth; }
 
 private:
@@ -197,12 +195,9 @@ private:
                 Q(x, y, a, b);
                 const double vp = (a + 1.0) * m_cDark[y][x];
                 const double vq = (b + 1.0) * m_cBright[y][x];
-                const double s = vp + vq;
-                if (s != 0.0)
-                {
-                    m_cNewDark[y][x] = vp / s;
-                    m_cNewBright[y][x] = vq / s;
-                }
+                const double s = vp + vq; // 0.1 or more, as a support is above -0.9; or not a number
+                m_cNewDark[y][x] = vp / s;
+                m_cNewBright[y][x] = vq / s;
             }
         }
         double dChange = 0.0;
@@ -216,8 +211,6 @@ private:
                 m_cBright[y][x] = m_cNewBright[y][x];
             }
         }
-        m_cNewDark.Clear();
-        m_cNewBright.Clear();
         return dChange;
     }
 

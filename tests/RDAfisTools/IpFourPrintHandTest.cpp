@@ -256,6 +256,9 @@ TEST(IpFourPrintHand, ABoxInTwoQuartersAlikeBelongsToTheLeftOne)
     EXPECT_EQ((Slots{true, false, false, true}), PlacedSlots({InQuarter(0), Finger(501, 701)}));
     EXPECT_EQ((Slots{true, true, false, false}), PlacedSlots({InQuarter(0), Finger(300, 500)}));
     EXPECT_EQ((Slots{true, false, true, false}), PlacedSlots({InQuarter(0), Finger(301, 501)}));
+    EXPECT_EQ((Slots{true, false, false, true}), PlacedSlots({InQuarter(3), Finger(0, 400)}));
+    EXPECT_EQ((Slots{true, false, false, true}), PlacedSlots({InQuarter(3), Finger(-50, 400)}));
+    EXPECT_EQ((Slots{false, true, false, true}), PlacedSlots({InQuarter(3), Finger(1, 400)}));
 }
 
 TEST(IpFourPrintHand, AQuarterOfAWidthIsTruncated)

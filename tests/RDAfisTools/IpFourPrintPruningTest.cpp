@@ -243,6 +243,26 @@ Fingers ReducedByAllSums(std::vector<Box> acBox)
 }
 } // namespace
 
+TEST(IpFourPrintPruning, TheRoundingOfTheSumsTellsBoxesApartThatStandAlike)
+{
+    ClTestRandom cRandom(5);
+    for (int i = 0; i < 100; ++i)
+    {
+        std::vector<Box> acBox;
+        while (static_cast<int>(acBox.size()) < 5 + i % 9)
+        {
+            const int nAside = 20 + 20 * cRandom.Below(40);
+            const int nY = 50 * cRandom.Below(3);
+            for (const int nX : {1000 - nAside, 1000 + nAside})
+            {
+                const auto nPlace = static_cast<std::ptrdiff_t>(cRandom.Below(static_cast<int>(acBox.size()) + 1));
+                acBox.insert(acBox.begin() + nPlace, Sized(nX, nY, 10, 100));
+            }
+        }
+        EXPECT_EQ(ReducedByAllSums(acBox), AfterReduction(acBox, 2000)) << i;
+    }
+}
+
 TEST(IpFourPrintPruning, AnyNumberOfBoxesIsReducedAsIfAllSumsWereWorkedOutEachTime)
 {
     ClTestRandom cRandom(3);

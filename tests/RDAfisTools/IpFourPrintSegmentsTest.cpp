@@ -324,6 +324,19 @@ TEST(IpFourPrintSegments, AHandIsRotatedOnlyOnce)
     EXPECT_NEAR(1.57 + 0.6, cFound.m_dAngle, 0.1);
 }
 
+TEST(IpFourPrintSegments, OnlyTheObjectsBeforeTheFirstCutVote)
+{
+    ClBinary cIn(560, 260);
+    cIn.Ellipse(100, 130, 25, 60, 0.6);
+    cIn.Ellipse(260, 130, 25, 60, 0.6);
+    cIn.Rectangle(400, 80, 102, 101); // round enough to have no vote; its halves would have one each
+    ClBinary cExpected = cIn;
+    cExpected.Rectangle(400 + 50, 80, 1, 101, 255);
+    EXPECT_TRUE(ComesOutAs(cIn, cExpected));
+    EXPECT_EQ(0.0, ClFound(cIn).m_dAngle);
+    EXPECT_NE(0.0, ClFound(cExpected).m_dAngle);
+}
+
 TEST(IpFourPrintSegments, TwoVotersNeverRotate)
 {
     ClBinary cHand(520, 260);

@@ -141,9 +141,12 @@ TEST(IpLookUpTableBase, RefusesMissingImagesLargerSamplesAndFivePlanes)
     ClImage cNoType;
     cNoType.NewWithType(0, 5, 4, 1, 0, 0);
     EXPECT_EQ(-33, cTable.ApplyParam(cNoType));
-    ClImage cNoPixels;
-    cNoPixels.Attach(nullptr, ClImage::eUInt8, 5, 4, 1, 0, 0);
-    EXPECT_EQ(-10, cTable.ApplyParam(cNoPixels));
+    for (const auto& [nWidth, nHeight] : {std::pair(5, 4), std::pair(5, 1), std::pair(1, 4)})
+    {
+        ClImage cNoPixels;
+        cNoPixels.Attach(nullptr, ClImage::eUInt8, nWidth, nHeight, 1, 0, 0);
+        EXPECT_EQ(-10, cTable.ApplyParam(cNoPixels));
+    }
     ClImage cNotJoined(3, 3, 3, 0, 0);
     cNotJoined.m_eContent = ClImage::eCIELab;
     EXPECT_EQ(-35, cTable.ApplyParam(cNotJoined, cOut)) << "contents that cannot be joined";

@@ -97,18 +97,21 @@ TEST(IpRescale, WhatIsInForceFollowsFromResolutionsOrSize)
 
 TEST(IpRescale, AnImageWithoutAreaAndResolutionIsOutOfRange)
 {
-    for (const auto& [nWidth, nHeight] : {std::pair(0, 6), std::pair(-5, 6), std::pair(5, 0), std::pair(5, -6)})
+    for (const auto& [nXRes, nYRes] : {std::pair(0, 0), std::pair(9, 0), std::pair(0, 9)})
     {
-        ClImage cIn(5, 6, 1, 0, 0);
-        cIn.m_nWidth = nWidth;
-        cIn.m_nHeight = nHeight;
-        ClImage cOut;
-        ClIpRescale cRescale;
-        cRescale.m_pInImage = &cIn;
-        cRescale.m_pOutImage = &cOut;
-        cRescale.m_nActWidth = 4;
-        cRescale.m_nActHeight = 3;
-        EXPECT_EQ(FPC_ERROR_PARAM_OUT_OF_RANGE, cRescale.Process()) << nWidth << " by " << nHeight;
+        for (const auto& [nWidth, nHeight] : {std::pair(0, 6), std::pair(-5, 6), std::pair(5, 0), std::pair(5, -6)})
+        {
+            ClImage cIn(5, 6, 1, nXRes, nYRes);
+            cIn.m_nWidth = nWidth;
+            cIn.m_nHeight = nHeight;
+            ClImage cOut;
+            ClIpRescale cRescale;
+            cRescale.m_pInImage = &cIn;
+            cRescale.m_pOutImage = &cOut;
+            cRescale.m_nActWidth = 4;
+            cRescale.m_nActHeight = 3;
+            EXPECT_EQ(FPC_ERROR_PARAM_OUT_OF_RANGE, cRescale.Process()) << nWidth << " by " << nHeight;
+        }
     }
 }
 
