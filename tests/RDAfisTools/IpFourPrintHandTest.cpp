@@ -259,6 +259,10 @@ TEST(IpFourPrintHand, ABoxInTwoQuartersAlikeBelongsToTheLeftOne)
     EXPECT_EQ((Slots{true, false, false, true}), PlacedSlots({InQuarter(3), Finger(0, 400)}));
     EXPECT_EQ((Slots{true, false, false, true}), PlacedSlots({InQuarter(3), Finger(-50, 400)}));
     EXPECT_EQ((Slots{false, true, false, true}), PlacedSlots({InQuarter(3), Finger(1, 400)}));
+    // The last column is a column short of the end of the last quarter.
+    EXPECT_EQ((Slots{true, false, true, false}), PlacedSlots({InQuarter(0), Finger(401, 799)}));
+    EXPECT_EQ((Slots{true, false, false, true}), PlacedSlots({InQuarter(0), Finger(402, 799)}));
+    EXPECT_EQ((Slots{true, false, false, true}), PlacedSlots({InQuarter(0), Finger(402, 900)}));
 }
 
 TEST(IpFourPrintHand, AQuarterOfAWidthIsTruncated)

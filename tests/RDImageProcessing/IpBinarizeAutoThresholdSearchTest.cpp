@@ -274,6 +274,26 @@ TEST(IpBinarizeAutoThresholdSearch, ThresholdsOfMirroredHistograms)
     }
 }
 
+TEST(IpBinarizeAutoThresholdSearch, ThresholdsOfManyDarkValuesAndFewBrightOnes)
+{
+    ClTestRandom cRandom(12);
+    for (int i = 0; i < 30; ++i)
+    {
+        Counts_t aCounts;
+        for (int nGrey = 0; nGrey < 3 + i % 8; ++nGrey)
+        {
+            aCounts.emplace_back(nGrey, 1 + cRandom.Below(20));
+        }
+        for (int n = 0; n < 3; ++n)
+        {
+            aCounts.emplace_back(20 + cRandom.Below(236), 1 + cRandom.Below(20));
+        }
+        ClImage cIn;
+        FillCounts(cIn, aCounts);
+        ExpectThresholds(cIn);
+    }
+}
+
 TEST(IpBinarizeAutoThresholdSearch, ThresholdsOfAPictureWithAllGreyValues)
 {
     for (unsigned int nSeed = 0; nSeed < 6; ++nSeed)

@@ -1,6 +1,7 @@
 #include "RDImageProcessing/IpLabeling.hpp"
 
 #include "BinaryPictures.hpp"
+#include "FailingHeap.hpp"
 #include "RDTools/Exception.hpp"
 #include "RDTools/ParameterContainer.hpp"
 
@@ -231,6 +232,36 @@ TEST(IpLabeling, AFillRemembersRunsNotPixels)
     cLabeling.FloodFill(20000, 1, 9);
     EXPECT_EQ(9, Row<int>(cOut, 2)[39999]);
     EXPECT_LE(cLabeling.m_cStack.m_nEntries, 100u);
+}
+
+TEST(IpLabeling, AFillAfterOneThatFoundNoMemoryFillsItsOwnObjectOnly)
+{
+    // A comb with more teeth than the stack has room for at first, and a line apart from it.
+    ClImage cIn, cOut;
+    cIn.NewWithType(ClImage::eUInt8, 600, 4, 1, 0, 0);
+    cOut.NewWithType(ClImage::eSInt32, 600, 4, 1, 0, 0);
+    for (int x = 0; x < 600; ++x)
+    {
+        for (int y = 0; y < 4; ++y)
+        {
+            SetSample<unsigned char>(cIn, x, y, 0, y == 0 || y == 3 || (y == 1 && x % 2 == 0) ? 0 : 255);
+            SetSample<int>(cOut, x, y, 0, 0);
+        }
+    }
+    ClIpLabeling cLabeling;
+    cLabeling.m_pInImage = &cIn;
+    cLabeling.m_pOutImage = &cOut;
+    {
+        const ClFailingHeap cHeap(1);
+        EXPECT_THROW(cLabeling.FloodFill(0, 0, 1), ClExBadAlloc);
+    }
+    cLabeling.FloodFill(0, 3, 9);
+    for (int x = 0; x < 600; ++x)
+    {
+        EXPECT_NE(9, SampleAt<int>(cOut, x, 0));
+        EXPECT_NE(9, SampleAt<int>(cOut, x, 1));
+        EXPECT_EQ(9, SampleAt<int>(cOut, x, 3));
+    }
 }
 
 TEST(IpLabeling, AFillFromOutsideOfTheImageDoesNothing)
