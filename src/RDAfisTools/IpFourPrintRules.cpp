@@ -60,8 +60,8 @@ public:
         {
             const ClVector& cCenter = aComponents[i].m_cCenter;
             m_aPlaces[i] = {Square(cCenter.m_dY), Square(cCenter.m_dX), i};
-            m_aGone[i] = false;
         }
+        std::fill_n(m_aGone.m_pData, m_aGone.Entries(), false);
         std::sort(Begin(), End());
     }
 
