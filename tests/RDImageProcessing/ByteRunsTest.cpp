@@ -66,6 +66,19 @@ TEST(ByteRuns, ABlockTellsWhichOfItsBytesAreEqual)
         });
 }
 
+TEST(ByteRuns, BehindTheRowNoByteIsEqual)
+{
+    for (const int nWidth : {1, 63, 64, 65, 200})
+    {
+        const std::vector<unsigned char> aRow(static_cast<std::size_t>(nWidth), 7);
+        const ClReadOnlyBytes cRow(aRow);
+        for (const int nBehind : {0, 1, 64})
+        {
+            EXPECT_EQ(0u, EqualBytesFrom(cRow.Data(), nWidth + nBehind, nWidth, 7)) << nWidth << ", " << nBehind;
+        }
+    }
+}
+
 TEST(ByteRuns, ABlockOfAnyBytesIsWhatItsBytesAreOneByOne)
 {
     ClTestRandom cRandom(1);

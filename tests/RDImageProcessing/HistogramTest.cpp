@@ -116,6 +116,16 @@ TEST(Histogram, OfLargerSamplesTheFirstBytesOfEachRowCount)
     EXPECT_EQ(aExpected, Bins(cHistogram));
 }
 
+TEST(Histogram, AreaWithoutPixelsHasNoCounts)
+{
+    ClImage cNoPixels;
+    cNoPixels.Attach(nullptr, ClImage::eSInt8, 9, 8, 1, 0, 0);
+    ClHistogram cHistogram;
+    cHistogram.Create(cNoPixels);
+    EXPECT_EQ(Counts_t(256, 0), Bins(cHistogram));
+    EXPECT_EQ(128, cHistogram.m_nOffset) << "the type tells it";
+}
+
 TEST(Histogram, RefusesSeveralPlanesAndEmptyRectangles)
 {
     ClImage cImage, cColour(4, 4, 3, 0, 0);

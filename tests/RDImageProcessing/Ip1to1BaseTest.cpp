@@ -557,3 +557,24 @@ TEST(OldIp1to1Base, PublishesItsImagesAndTheTypeOfTheOutput)
         EXPECT_EQ(nType, cRamp.m_eOutImageType);
     }
 }
+
+TEST(Ip1to1Base, RowsAreGivenAtOnceOnlyIfNeitherImageHasPadding)
+{
+    using Call_t = std::pair<std::ptrdiff_t, int>; // samples, calls
+    const auto calls = [](unsigned char eIn, unsigned char eOut, int nWidth)
+    {
+        ClImage cIn, cOut;
+        cIn.NewWithType(eIn, nWidth, 3, 1, 0, 0);
+        cOut.NewWithType(eOut, nWidth, 3, 1, 0, 0);
+        Call_t cCall(0, 0);
+        const auto count = [&cCall](const auto*, auto*, std::ptrdiff_t nSamples)
+        { cCall = Call_t(nSamples, cCall.second + 1); };
+        eIn == ClImage::eUInt8 ? ForEachRowPair<unsigned char, unsigned short>(cIn, cOut, count)
+                               : ForEachRowPair<unsigned short, unsigned char>(cIn, cOut, count);
+        return cCall;
+    };
+    EXPECT_EQ(Call_t(12, 1), calls(ClImage::eUInt8, ClImage::eUInt16, 4));
+    EXPECT_EQ(Call_t(2, 3), calls(ClImage::eUInt8, ClImage::eUInt16, 2)) << "padding in the input";
+    EXPECT_EQ(Call_t(2, 3), calls(ClImage::eUInt16, ClImage::eUInt8, 2)) << "padding in the output";
+    EXPECT_EQ(Call_t(0, 0), calls(ClImage::eUInt8, ClImage::eUInt16, 0));
+}

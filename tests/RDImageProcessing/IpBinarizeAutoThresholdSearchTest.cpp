@@ -385,3 +385,10 @@ TEST(IpBinarizeAutoThresholdSearch, OneGreyValueHasNoThresholdOfJohannsen)
         EXPECT_TRUE(SamePixels(cExpected, cOut)) << nGrey;
     }
 }
+
+TEST(IpBinarizeAutoThresholdSearch, OtsuOfNoPixelsIsNoThreshold)
+{
+    ClImage cNoPixels;
+    cNoPixels.Attach(nullptr, ClImage::eUInt8, 9, 8, 1, 0, 0);
+    EXPECT_EQ(-1, Auto().thr_otsu(&cNoPixels));
+}

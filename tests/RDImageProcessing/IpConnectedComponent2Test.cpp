@@ -312,6 +312,27 @@ TEST(IpConnectedComponent2, AnArrayThatIsInUseCarriesItsSumsOn)
     EXPECT_EQ(1.0, aComponents[0].m_cMin.m_dY);
 }
 
+TEST(IpConnectedComponent2, AMeanWithAFractionIsCarriedOn)
+{
+    ClImage cIn, cGrey(2, 2, 1, 0, 0);
+    PaintText(cIn, {"##", ".."});
+    std::memset(cGrey.Data(), 0, 8);
+    SetSample<unsigned char>(cGrey, 0, 0, 0, 10);
+    SetSample<unsigned char>(cGrey, 1, 0, 0, 11);
+    Components aComponents;
+    MeasureImage(cIn, aComponents, &cGrey);
+    ASSERT_EQ(10.5, aComponents[0].m_dMeanGrey);
+    MeasureImage(cIn, aComponents, &cGrey);
+    EXPECT_EQ((10.5 + 10 + 11) / 2, aComponents[0].m_dMeanGrey);
+    // From a negative sum and from one that no grey image could reach.
+    for (const double dSum : {-4.0, 9007199254740992.0})
+    {
+        aComponents[0].m_dMeanGrey = dSum;
+        MeasureImage(cIn, aComponents, &cGrey);
+        EXPECT_EQ((dSum + 10 + 11) / 2, aComponents[0].m_dMeanGrey);
+    }
+}
+
 TEST(IpConnectedComponent2, AnArrayInUseGrowsAndKeepsItsEntries)
 {
     ClImage cIn;
@@ -373,6 +394,8 @@ TEST(IpConnectedComponent2, ReportsWhatIsMissingOrDoesNotFit)
     EXPECT_RAISES(cMeasure.Apply(), ClException, -44,
                   "One(or more) parameter(s) is(are) invalid.\nthe given grayimage has not the same size as the object "
                   "image");
+    cGrey.NewWithType(ClImage::eUInt8, 3, 3, 1, 0, 0);
+    EXPECT_FALSE(cMeasure.CanApply());
     cGrey.NewWithType(ClImage::eUInt8, 3, 2, 1, 0, 0);
     EXPECT_TRUE(cMeasure.CanApply());
     cMeasure.m_pInImageGrey = nullptr;

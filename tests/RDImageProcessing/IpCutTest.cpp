@@ -8,6 +8,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -266,4 +267,23 @@ TEST(IpCut, ACutThatIsRefusedLeavesAnOutputOfTheInputsSize)
     ClImage cOut;
     EXPECT_RAISES_CODE(ClIpCut().ApplyParam(cIn, 7, 0, 2, 3, cOut), -35);
     EXPECT_TRUE(SameDescription(cIn, cOut));
+    for (const auto& [nY0, nHeight] : {std::pair(-1L, 2L), std::pair(3L, 1L), std::pair(1L, 0L), std::pair(2L, 2L)})
+    {
+        ClImage cOther;
+        EXPECT_RAISES_CODE(ClIpCut().ApplyParam(cIn, 0, nY0, 8, nHeight, cOther), -35);
+        EXPECT_TRUE(SameDescription(cIn, cOther)) << nY0 << ", " << nHeight;
+    }
+}
+
+TEST(IpCut, PixelsOfNoPlaneHaveNothingToCopy)
+{
+    unsigned char anUntouched[12] = {1, 2, 3, 4};
+    ClImage cIn, cOut;
+    cIn.Attach(anUntouched, ClImage::eUInt8, 5, 3, 0, 7, 9);
+    ASSERT_EQ(0, ClIpCut().ApplyParam(cIn, 1, 1, 3, 2, cOut));
+    EXPECT_EQ(3, cOut.m_nWidth);
+    EXPECT_EQ(2, cOut.m_nHeight);
+    EXPECT_EQ(0, cOut.m_nPlanes);
+    EXPECT_EQ(nullptr, cOut.Data());
+    EXPECT_EQ(1, anUntouched[0]);
 }

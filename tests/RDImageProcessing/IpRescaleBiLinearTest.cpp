@@ -184,3 +184,23 @@ TEST(IpRescale, HugeResolutionsDoNoHarm)
     ASSERT_EQ(1, cOut.m_nWidth);
     EXPECT_EQ((At(cIn, 0, 2) + At(cIn, 1, 2)) / 2, At(cOut, 0, 2));
 }
+
+TEST(IpRescale, WhereTheResolutionsPromiseLessTheLastRowStandsForTheRest)
+{
+    // 10 rows to 5, of 3 rows per metre: the new resolution of 1.5 is cut to 1, so that 3 rows make one.
+    ClImage cIn(1, 10, 1, 3, 3), cOut;
+    const unsigned char anRows[] = {3, 6, 9, 30, 60, 90, 100, 110, 123, 200};
+    for (int y = 0; y < 10; ++y)
+    {
+        SetSample(cIn, 0, y, 0, anRows[y]);
+    }
+    ClIpRescale cRescale;
+    ASSERT_EQ(0, cRescale.ApplyParamSize(cIn, cOut, 1, 5, ClIpRescale::ModeBiLinear));
+    ASSERT_EQ(5, cOut.m_nHeight);
+    EXPECT_EQ(1, cOut.m_nYRes);
+    const int anExpected[] = {6, 60, 111, 200, 200};
+    for (int y = 0; y < 5; ++y)
+    {
+        EXPECT_EQ(anExpected[y], At(cOut, 0, y)) << y;
+    }
+}

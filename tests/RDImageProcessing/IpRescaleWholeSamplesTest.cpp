@@ -177,3 +177,15 @@ TEST(IpRescale, WholeNumbersNeedResolutions)
     FillRandom(cColour, 18);
     EXPECT_EQ(FPC_ERROR_INTERNAL, cRescale.ApplyParam(cColour, cOut, ClIpRescale::ModeWholeNumbered));
 }
+
+TEST(IpRescale, WholeNumbersBeyondEveryImageAreBadAlloc)
+{
+    ClImage cIn(20, 20, 1, 1, 1), cOut;
+    FillRandom(cIn, 18);
+    ClIpRescale cRescale;
+    cRescale.m_pInImage = &cIn;
+    cRescale.m_pOutImage = &cOut;
+    constexpr int nFactor = 1 << 27; // 20 times this is more than 32 bits hold
+    EXPECT_RAISES_CODE(cRescale.ProcessXWholeNumberedResize(nFactor), -102);
+    EXPECT_RAISES_CODE(cRescale.ProcessYWholeNumberedResize(nFactor), -102);
+}

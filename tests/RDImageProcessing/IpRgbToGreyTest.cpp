@@ -193,6 +193,32 @@ TEST(IpRgbToGrey, LightnessIsNotBelowBlack)
     EXPECT_EQ(-1.0, GreyOf<double>(ClImage::eDouble64, -1.5, ClIpRgbToGrey::Lightness));
 }
 
+TEST(IpRgbToGrey, LightnessOfEveryTypeHasAFootAndDoesNotPassBelowBlack)
+{
+    ForEachRandomImage(5,
+                       [](ClImage& cIn, auto cTag)
+                       {
+                           using T = typename decltype(cTag)::Type;
+                           if (cIn.m_nPlanes < 3)
+                           {
+                               return;
+                           }
+                           // The range begins in the middle of the samples; where it is wide, the others lie in the
+                           // linear foot.
+                           constexpr bool bFloat = std::is_floating_point_v<T>;
+                           const double dLargest = bFloat ? 1000.0 : static_cast<double>(std::numeric_limits<T>::max());
+                           for (const double dSpan : {1.0, 1000.0})
+                           {
+                               cIn.m_dBlack = bFloat ? 0.0 : dLargest / 2.0;
+                               cIn.m_dWhite = cIn.m_dBlack + dSpan * dLargest;
+                               ClImage cExpected, cOut;
+                               FoldByDefinition<T>(cIn, ClIpRgbToGrey::Lightness, cExpected);
+                               ASSERT_EQ(0, ClIpRgbToGrey().ApplyParam(cIn, cOut, ClIpRgbToGrey::Lightness));
+                               EXPECT_TRUE(SamePixels(cExpected, cOut));
+                           }
+                       });
+}
+
 TEST(IpRgbToGrey, LightnessBeyondTheRangeKeepsTheLowBits)
 {
     ClImage cIn(1, 1, 3, 0, 0);
