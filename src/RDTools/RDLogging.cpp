@@ -70,7 +70,8 @@ void WriteLogLine(VlmLogLevels eLevel, const char* szMessage)
     std::printf("%s [%s] - %s\n", szTime, LogLevelName(eLevel), szMessage);
 }
 
-template <class Policy> Policy TpLogging<Policy>::m_oFallbackLogger;
+template <class Policy> TpImmortal<Policy> TpLogging<Policy>::m_oRoom;
+template <class Policy> Policy& TpLogging<Policy>::m_oFallbackLogger = m_oRoom.m_object;
 
 template <class Policy> void TpLogging<Policy>::LogF(VlmLogLevels eLevel, const char* szFormat, ...)
 {

@@ -26,6 +26,15 @@ void FormatLogMessage(char (&szBuffer)[nLogBufferSize], const char* szFormat, va
 /// Writes "TIME [LEVEL] - MESSAGE" and a line break to standard output, which is not flushed. Errors: ClExBadAlloc.
 void WriteLogLine(VlmLogLevels eLevel, const char* szMessage);
 
+/// Room for an object that is made at load time and never destroyed.
+template <class T> union TpImmortal
+{
+    TpImmortal() : m_object() {}
+    ~TpImmortal() {} // NOLINT(modernize-use-equals-default): the default would want to destroy the object
+
+    T m_object;
+};
+
 /// The end of the chain of loggers: forgets the message.
 class ClLoggingNone
 {
@@ -36,7 +45,7 @@ public:
 
 /// A link of the chain: hands the messages on to its one logger of class Policy. The links make the logger of the
 /// system: it is switched on by the configurator and written by the console. All of it is set up at load time and only
-/// read afterwards, so any thread may log.
+/// read afterwards, so any thread may log, also one that still runs when the process ends.
 template <class Policy> class TpLogging
 {
 public:
@@ -49,7 +58,10 @@ public:
 
     void Write(VlmLogLevels eLevel, const char* szMessage) { m_oFallbackLogger.Write(eLevel, szMessage); }
 
-    static Policy m_oFallbackLogger;
+    static Policy& m_oFallbackLogger;
+
+private:
+    static TpImmortal<Policy> m_oRoom;
 };
 
 /// Writes to standard output what is not above its level.
