@@ -71,6 +71,6 @@ count now "$programs/count-operators"
 say "Memory"
 failed=0
 "$repository/scripts/measure.sh" >"$work/memory.txt" || failed=1
-"${CXX:-c++}" --version | head -n 1 >"$work/compiler.txt"
+"${CXX:-c++}" --version | sed -n 1p >"$work/compiler.txt"
 python3 "$repository/scripts/performance.py" "$work" "$repository/docs" "${before[@]}" || failed=1
 exit $failed

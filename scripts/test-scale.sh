@@ -364,7 +364,7 @@ over_ssh()
 
 say "ssh: $shards shards on two machines"
 start_sshd
-parallel --version | head -n 1
+parallel --version | sed -n 1p
 enter ssh
 printf '%s\n' machine-one machine-two >hosts
 over_ssh 3 hosts csv

@@ -13,6 +13,7 @@ configuration=$7
 library=$8
 program=${9:-}
 export LC_ALL=C
+# Behind a pipe grep reads to the end, without -q: who writes into a closed pipe fails, and so would the whole of it.
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
@@ -53,7 +54,7 @@ landing_pads()
     local name address
     while read -r name address; do
         "$objdump" -d --no-show-raw-insn --start-address="0x$address" --stop-address=$((0x$address + 4)) "$1" |
-            grep -qE ':[[:space:]]*endbr64' || echo "$name"
+            grep -E ':[[:space:]]*endbr64' >/dev/null || echo "$name"
     done < <(exported_functions "$1")
 }
 
@@ -74,14 +75,14 @@ faults()
     of_segments=$(segments "$file")
     of_imports=$(imports "$file")
     grep -qx 'GNU_RELROR' <<<"$of_segments" || echo relro
-    "$readelf" -Wd "$file" | grep -qE '\(BIND_NOW\)|\(FLAGS\).*BIND_NOW|\(FLAGS_1\).* NOW' || echo now
+    "$readelf" -Wd "$file" | grep -E '\(BIND_NOW\)|\(FLAGS\).*BIND_NOW|\(FLAGS_1\).* NOW' >/dev/null || echo now
     grep -qx 'GNU_STACKRW' <<<"$of_segments" || echo stack
     ! grep -qE 'W.*E' <<<"$(grep '^LOAD' <<<"$of_segments" | sed 's/^LOAD//')" || echo writable-code
     [ -z "$(dynamic RPATH "$file")$(dynamic RUNPATH "$file")" ] || echo runpath
     [[ -z $(dynamic TEXTREL "$file") && $(dynamic FLAGS "$file") != *TEXTREL* ]] || echo textrel
     grep -qx __stack_chk_fail <<<"$of_imports" || echo canary
     if [ "$fortified" -eq 1 ]; then
-        grep -v '^__stack' <<<"$of_imports" | grep -qE '^__[a-z]+_chk$' || echo checked-forms
+        grep -v '^__stack' <<<"$of_imports" | grep -E '^__[a-z]+_chk$' >/dev/null || echo checked-forms
         [ "$kind" = program ] || plain+='|vsnprintf' # std::to_string takes its address
         ! grep -qxE "$plain" <<<"$of_imports" || echo plain-forms
     fi

@@ -16,13 +16,14 @@ report()
     fi
 }
 
-# Files of the project, one a line: what is committed or would be; without git everything outside the build folder.
+# Files of the project, one a line: what is committed or would be; without git everything outside the build folder. What
+# a fuzzer has made up obeys no rules.
 files()
 {
     if [ -e .git ] && git ls-files >/dev/null 2>&1; then
-        git ls-files --cached --others --exclude-standard | while read -r file; do [ -f "$file" ] && echo "$file"; done
+        git ls-files --cached --others --exclude-standard | grep -v '^fuzz/corpus/' | while read -r file; do [ -f "$file" ] && echo "$file"; done
     else
-        find . \( -path ./.git -o -path ./build \) -prune -o -type f -print | sed 's|^\./||'
+        find . \( -path ./.git -o -path ./build \) -prune -o -type f -print | sed 's|^\./||' | grep -v '^fuzz/corpus/'
     fi
 }
 

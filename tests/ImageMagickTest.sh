@@ -10,7 +10,7 @@ set -euo pipefail
 pixels=$1
 
 for program in convert mogrify; do
-    if ! command -v "$program" >/dev/null || ! "$program" -version 2>/dev/null | grep -q ImageMagick; then
+    if ! command -v "$program" >/dev/null || ! "$program" -version 2>/dev/null | grep ImageMagick >/dev/null; then
         echo "skipped: $program of ImageMagick is not installed"
         exit 77
     fi

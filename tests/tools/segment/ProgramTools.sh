@@ -15,7 +15,7 @@ if [ -z "${KORMELIN_TEST_FOLDER:-}" ]; then
     exit "$test_status"
 fi
 folder=$KORMELIN_TEST_FOLDER
-"$program" --version | grep -q PNG || exit 77 # the usual form of the fingers
+"$program" --version | grep PNG >/dev/null || exit 77 # the usual form of the fingers
 cd "$folder"
 
 fail()
