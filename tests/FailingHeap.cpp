@@ -206,6 +206,15 @@ long ClFailingHeap::Failed() const
     return cHeap.nFailed;
 }
 
+bool ClFailingHeap::KnowsMalloc()
+{
+#if defined(OWN_MALLOC)
+    return true;
+#else
+    return false;
+#endif
+}
+
 long ClFailingHeap::LiveBlocks()
 {
     return cHeap.nLive;

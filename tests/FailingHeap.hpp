@@ -30,6 +30,8 @@ public:
 
     /// Blocks allocated less blocks released on this thread since it began, of the ways above.
     static long LiveBlocks();
+
+    static bool KnowsMalloc(); ///< whether malloc, calloc and realloc are among the ways
 };
 
 /// While it lives, operator new of this thread fails for more than nMost bytes at once, and the greatest request is

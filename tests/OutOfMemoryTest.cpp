@@ -413,7 +413,7 @@ TEST_F(OutOfMemory, UninitializeTooOftenChangesNothing)
         }
     };
     m_nFailures = FailEveryAllocation(EUnderFailure::eReturns, [] { return StCase(); });
-    EXPECT_LT(0, m_nFailures);
+    EXPECT_EQ(ClFailingHeap::KnowsMalloc(), m_nFailures > 0); // the room of an exception comes from malloc
 }
 
 // A release must not fail: nobody could do anything about it.
@@ -492,7 +492,7 @@ TEST_F(OutOfMemory, CreateLeavesNull)
                 FailEveryAllocation(EUnderFailure::eReturns, [&] { return ClCase(pfnCreate, bInitialized); });
         }
     }
-    EXPECT_LT(20, m_nFailures);
+    EXPECT_LT(ClFailingHeap::KnowsMalloc() ? 20 : 10, m_nFailures);
 }
 
 TEST_F(OutOfMemory, DestroyingWhatIsNoHandleLeavesIt)
@@ -552,13 +552,18 @@ TEST_F(OutOfMemory, CuttingTheBiggestObjectCanBeRepeated)
 
 TEST_F(OutOfMemory, CuttingFingersCanBeRepeated)
 {
+    unsigned long nScene = 0;
     for (const SlapScenes::ClNamedScene& cScene : SlapScenes::All())
     {
+        if (!ClFailingHeap::KnowsMalloc() && nScene++ % 4 != 0)
+        {
+            continue; // the sanitizers take ten times as long
+        }
         const Block aBlock = ClSlapPicture(cScene.m_pMake(3937)).Block();
         FailEveryAllocationOf(
             {{cScene.m_szName, RunBefore, [&](StWorld& c) { return c.Segment(aBlock, 0); }, eNothing}});
     }
-    EXPECT_LE(5000, m_nFailures);
+    EXPECT_LE(ClFailingHeap::KnowsMalloc() ? 5000 : 1000, m_nFailures);
 }
 
 // Reduced to the working resolution on the way.
