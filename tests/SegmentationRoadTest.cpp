@@ -1,6 +1,7 @@
 // The road of a picture through the exported functions, as an application takes it, on drawn slaps whose fingers are
-// known and on real ones.
+// known.
 
+#include "GreyBitmapChecks.hpp"
 #include "GuardedSlapRunner.hpp"
 #include "SlapPicture.hpp"
 #include "TestTools.hpp"
@@ -10,73 +11,22 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <memory>
-#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
 
 namespace
 {
-constexpr int n500Ppi = 19685;          // pels per metre
-constexpr int n200Ppi = 7874;           // where many runs are made
-constexpr long nFingers = 0;            // values of "SegmentationMode"
-constexpr long nBiggestObject = 1;      //
-constexpr long nLowerEdge = 0;          // values of "CoordinateOrigin"
-constexpr long nUpperEdge = 1;          //
-constexpr int nImageLimit = 500;        // pixels of a finger's image in either direction
-constexpr std::size_t nFileHeader = 14; // bytes in front of the bitmap in a BMP file
-constexpr std::size_t nBeforePixels = 40 + 4 * 256;
-
-// A bitmap in memory taken apart.
-class ClBlockView
-{
-public:
-    explicit ClBlockView(const std::vector<std::uint8_t>& aBlock) : m_aBlock(aBlock)
-    {
-        std::memcpy(&m_cHeader, aBlock.data(), sizeof m_cHeader);
-    }
-    int Width() const { return m_cHeader.biWidth; }
-    int Height() const { return m_cHeader.biHeight; }
-    std::size_t Stride() const { return (static_cast<std::size_t>(m_cHeader.biWidth) + 3) / 4 * 4; }
-    const std::uint8_t* Row(int nY) const
-    {
-        return m_aBlock.data() + nBeforePixels + static_cast<std::size_t>(nY) * Stride();
-    }
-
-    tagBITMAPINFOHEADER m_cHeader;
-
-private:
-    const std::vector<std::uint8_t>& m_aBlock;
-};
-
-// Header, colour table and size of a grey bitmap of the given resolution.
-void ExpectWholeBitmap(const std::vector<std::uint8_t>& aBlock, int nPels)
-{
-    ASSERT_GT(aBlock.size(), nBeforePixels);
-    const ClBlockView cView(aBlock);
-    const tagBITMAPINFOHEADER& cHeader = cView.m_cHeader;
-    EXPECT_EQ(40u, cHeader.biSize);
-    EXPECT_EQ(1, cHeader.biPlanes);
-    EXPECT_EQ(8, cHeader.biBitCount);
-    EXPECT_EQ(0u, cHeader.biCompression);
-    EXPECT_EQ(nPels, cHeader.biXPelsPerMeter);
-    EXPECT_EQ(nPels, cHeader.biYPelsPerMeter);
-    EXPECT_EQ(0u, cHeader.biClrUsed);
-    ASSERT_GT(cHeader.biWidth, 0);
-    ASSERT_GT(cHeader.biHeight, 0);
-    const std::size_t nPixels = cView.Stride() * static_cast<std::size_t>(cHeader.biHeight);
-    EXPECT_EQ(nPixels, cHeader.biSizeImage);
-    ASSERT_EQ(nBeforePixels + nPixels, aBlock.size());
-    for (std::size_t i = 0; i < 256; ++i)
-    {
-        const std::uint8_t* pEntry = aBlock.data() + 40 + 4 * i;
-        ASSERT_TRUE(pEntry[0] == i && pEntry[1] == i && pEntry[2] == i && pEntry[3] == 0) << "colour " << i;
-    }
-}
+constexpr int n500Ppi = 19685;     // pels per metre
+constexpr int n200Ppi = 7874;      // where many runs are made
+constexpr long nFingers = 0;       // values of "SegmentationMode"
+constexpr long nBiggestObject = 1; //
+constexpr long nLowerEdge = 0;     // values of "CoordinateOrigin"
+constexpr long nUpperEdge = 1;     //
+constexpr int nImageLimit = 500;   // pixels of a finger's image in either direction
 
 // Whether the image of a segment is the picture from column nLeft and row nBottom on.
 bool IsPictureFrom(const ClSlapPicture& cPicture, int nLeft, int nBottom, const ClBlockView& cView)
@@ -615,84 +565,3 @@ TEST(SegmentationRoad, ThreadsWithHandlesOfTheirOwnGiveTheBitsOfOne)
     EXPECT_EQ(FPC_SUCCESS, aExpected[0].m_nCode);
     EXPECT_EQ(1, aExpected[0].m_nCount);
 }
-
-namespace
-{
-// A real picture with the code of KSSegmentBitmap and "Count" after it; worked out by a second, plain realisation of
-// the same definitions.
-struct ClRealSlap
-{
-    const char* m_szName;
-    long m_nCode;
-    long m_nCount;
-};
-
-void PrintTo(const ClRealSlap& cSlap, std::ostream* pTo)
-{
-    *pTo << cSlap.m_szName;
-}
-
-const ClRealSlap aRealSlaps[] = {{"left-four-1", FPC_ERROR_PARAM_OUT_OF_RANGE, 3},
-                                 {"left-four-1-pair-left", FPC_SUCCESS, 2},
-                                 {"left-four-1-pair-right", FPC_SUCCESS, 2},
-                                 {"left-four-2", FPC_ERROR_PARAM_OUT_OF_RANGE, 4},
-                                 {"left-four-2-jpeg", FPC_ERROR_PARAM_OUT_OF_RANGE, 4},
-                                 {"left-four-2-pair-left", FPC_SUCCESS, 2},
-                                 {"left-four-2-pair-right", FPC_SUCCESS, 2},
-                                 {"right-four-1", FPC_ERROR_PARAM_OUT_OF_RANGE, 3},
-                                 {"right-four-1-pair-left", FPC_SUCCESS, 1},
-                                 {"right-four-1-pair-right", FPC_SUCCESS, 1},
-                                 {"right-four-2", FPC_ERROR_PARAM_OUT_OF_RANGE, 4},
-                                 {"right-four-2-pair-left", FPC_SUCCESS, 2},
-                                 {"right-four-2-pair-right", FPC_SUCCESS, 2},
-                                 {"left-thumb-1", FPC_SUCCESS, 0},
-                                 {"right-thumb-1", FPC_SUCCESS, 1},
-                                 {"right-thumb-2", FPC_SUCCESS, 1},
-                                 {"right-thumb-3", FPC_SUCCESS, 1},
-                                 {"two-thumbs-2", FPC_ERROR_PARAM_OUT_OF_RANGE, 3},
-                                 {"hand-100ppi", FPC_ERROR_PARAM_OUT_OF_RANGE, 4},
-                                 {"palm-part", FPC_ERROR_BITMAP_PELS, 0},
-                                 {"palm-synthetic-1", FPC_SUCCESS, 0},
-                                 {"palm-synthetic-2", FPC_SUCCESS, 1}};
-
-class SegmentationRoadRealSlap : public testing::TestWithParam<ClRealSlap>
-{
-protected:
-    // Null if the environment names no folder of real slaps.
-    static const char* Folder() { return std::getenv("KORMELIN_SLAPS"); }
-
-    static std::vector<std::uint8_t> Bytes()
-    {
-        return ReadWholeFile(std::string(Folder()) + "/nist-" + GetParam().m_szName + ".bmp");
-    }
-};
-} // namespace
-
-TEST_P(SegmentationRoadRealSlap, HasItsCodeAndItsNumberOfFingers)
-{
-    if (Folder() == nullptr) GTEST_SKIP() << "KORMELIN_SLAPS names no folder of real slap pictures";
-    const std::vector<std::uint8_t> aFile = Bytes();
-    ClGuardedSlapRunner cRunner(nFingers);
-    const ClSlapRunResult cResult = cRunner.Run(aFile);
-    EXPECT_EQ(GetParam().m_nCode, cResult.m_nCode);
-    EXPECT_EQ(GetParam().m_nCount, cResult.m_nCount);
-    tagBITMAPINFOHEADER cHeader;
-    std::memcpy(&cHeader, aFile.data() + nFileHeader, sizeof cHeader);
-    for (const ClSlapRunResult::ClSegment& cSegment : cResult.m_aSegments)
-    {
-        ASSERT_NO_FATAL_FAILURE(ExpectWholeBitmap(cSegment.m_aBlock, cHeader.biXPelsPerMeter));
-        EXPECT_GE(cSegment.m_nX, 0);
-        EXPECT_GE(cSegment.m_nY, 0);
-        EXPECT_LE(cSegment.m_nX + cSegment.m_nWidth, cHeader.biWidth);
-        EXPECT_LE(cSegment.m_nY + cSegment.m_nHeight, cHeader.biHeight);
-    }
-    EXPECT_TRUE(cResult == cRunner.Run(aFile)) << "a second run on the same handle";
-}
-
-INSTANTIATE_TEST_SUITE_P(All, SegmentationRoadRealSlap, testing::ValuesIn(aRealSlaps),
-                         [](const auto& cInfo)
-                         {
-                             std::string sName = cInfo.param.m_szName;
-                             std::replace(sName.begin(), sName.end(), '-', '_');
-                             return sName;
-                         });

@@ -3,12 +3,11 @@
 #include "KormelinSegmentHandle.hpp"
 #include "KormelinSegmentation.hpp"
 #include "KormelinSegmentationHandle.hpp"
+#include "LibraryFixture.hpp"
 #include "SlapPicture.hpp"
 #include "TestTools.hpp"
 
 #include <climits>
-#include <cstdarg>
-#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <new>
@@ -20,32 +19,6 @@
 
 namespace
 {
-using Block = ClGuardedVector;
-
-const tagBITMAPINFOHEADER* Header(const Block& aBlock)
-{
-    return reinterpret_cast<const tagBITMAPINFOHEADER*>(aBlock.data());
-}
-
-/// The block is at a guard page, cannot be written, and is gone afterwards.
-long Segment(void* hSegmentation, const Block& aBlock)
-{
-    const ClReadOnlyBytes cBytes(aBlock);
-    return KSSegmentBitmap(hSegmentation, reinterpret_cast<const tagBITMAPINFOHEADER*>(cBytes.Data()), cBytes.Size());
-}
-
-/// A white picture of 40 by 50 pixels with a dark rectangle: left 6, bottom 11, width 9, height 19.
-Block OneObject()
-{
-    Block aBlock = PackedBitmap(40, 50, 8);
-    std::memset(aBlock.data() + 1064, 255, aBlock.size() - 1064);
-    for (std::size_t y = 11; y <= 30; ++y)
-    {
-        std::memset(aBlock.data() + 1064 + 40 * y + 6, static_cast<int>(y), 10);
-    }
-    return aBlock;
-}
-
 Block TwoFingers()
 {
     return ClSlapPicture(SlapScenes::TwoFingers(3937)).Block();
@@ -91,83 +64,6 @@ ClSegments SegmentsOf(void* hSegmentation)
     return cSegments;
 }
 
-/// An initialised library with a handle of each kind.
-class VelmarinKormelinSegmentation : public testing::Test
-{
-protected:
-    VelmarinKormelinSegmentation()
-    {
-        EXPECT_EQ(0, KSInitialize(nullptr));
-        EXPECT_EQ(0, KSCreateSegmentationHandle(&m_hSegmentation));
-        EXPECT_EQ(0, KSCreateSegmentHandle(&m_hSegment));
-    }
-    ~VelmarinKormelinSegmentation() override
-    {
-        for (void** phHandle : {&m_hSegmentation, &m_hSegment})
-        {
-            const long nExpected = *phHandle != nullptr ? 0 : -42;
-            EXPECT_EQ(nExpected, KSDestroyHandle(phHandle));
-        }
-        while (KSUninitialize() == FPC_SUCCESS)
-        {
-        }
-    }
-
-    void SetLong(const char* szName, long nValue) { EXPECT_EQ(0, KSSetPropertyLongA(m_hSegmentation, szName, nValue)); }
-    static long Long(void* handle, const char* szName)
-    {
-        long nValue = -77;
-        EXPECT_EQ(0, KSGetPropertyLongA(handle, szName, &nValue)) << szName;
-        return nValue;
-    }
-
-    void* m_hSegmentation = nullptr;
-    void* m_hSegment = nullptr;
-};
-
-/// What a call writes while the log is on, without the time: "[Level] - message" lines.
-template <class Call> std::string Logged(int nLevel, Call&& call)
-{
-    auto& cSwitch = ClKormelinSegmentation::m_oFallbackLogger;
-    auto& cConsole = TpLogging<TpLoggingConsole<ClLoggingNone>>::m_oFallbackLogger;
-    const bool bEnabled = cSwitch.m_bEnabled;
-    const int nLevelBefore = cConsole.m_nLevel;
-    cSwitch.m_bEnabled = true;
-    cConsole.m_nLevel = nLevel;
-    testing::internal::CaptureStdout();
-    call();
-    std::string sLeft = testing::internal::GetCapturedStdout();
-    cSwitch.m_bEnabled = bEnabled;
-    cConsole.m_nLevel = nLevelBefore;
-    std::string sLines;
-    for (std::size_t nEnd; (nEnd = sLeft.find('\n')) != std::string::npos; sLeft.erase(0, nEnd + 1))
-    {
-        const std::size_t nBegin = sLeft.find('[');
-        sLines += sLeft.substr(nBegin, nEnd + 1 - nBegin);
-    }
-    return sLines + sLeft;
-}
-
-std::string Format(const char* szFormat, ...) __attribute__((format(printf, 1, 2)));
-std::string Format(const char* szFormat, ...)
-{
-    char szText[512];
-    va_list args;
-    va_start(args, szFormat);
-    std::vsnprintf(szText, sizeof szText, szFormat, args);
-    va_end(args);
-    return szText;
-}
-
-std::string Success(const std::string& sHead)
-{
-    return "[Debug] - " + sHead + " Enter\n[Debug] - " + sHead + " Leave\n";
-}
-
-std::string Failure(const std::string& sHead, int nCode, const char* szText)
-{
-    return "[Debug] - " + sHead + " Enter\n[Error] - " + sHead + Format(" Error(%d): %s\n", nCode, szText);
-}
 } // namespace
 
 // ---- the library as a whole
@@ -563,123 +459,6 @@ TEST(CallFrame, LetsOtherExceptionsPass)
 {
     EXPECT_THROW(ClRaising([] { throw std::runtime_error("not of the library"); }).Call(), std::runtime_error);
     EXPECT_THROW(ClRaising([] { throw 5; }).Call(), int);
-}
-
-// ---- log lines
-
-TEST(LibraryLog, InitialisationLines)
-{
-    EXPECT_EQ(Failure("KSUninitialize(void)", -2, "Prior initialization is necessary."),
-              Logged(7, [] { KSUninitialize(); }));
-    const char* szText = "text";
-    EXPECT_EQ(Success(Format("KSInitialize(%p)", static_cast<const void*>(szText))),
-              Logged(7, [&] { KSInitialize(szText); }));
-    EXPECT_EQ(Success("KSUninitialize(void)"), Logged(7, [] { KSUninitialize(); }));
-    EXPECT_EQ("", Logged(7, [] { KSGetErrorDescriptionA(-2); }));
-}
-
-TEST(LibraryLog, LevelThreeShowsErrorsOnly)
-{
-    EXPECT_EQ("[Error] - KSUninitialize(void) Error(-2): Prior initialization is necessary.\n",
-              Logged(3, [] { KSUninitialize(); }));
-    EXPECT_EQ("", Logged(3, [] { KSInitialize(nullptr); }));
-    EXPECT_EQ("", Logged(3, [] { KSUninitialize(); }));
-    EXPECT_EQ("", Logged(2, [] { KSUninitialize(); }));
-}
-
-TEST(LibraryLog, VersionLines)
-{
-    char szVersion[11];
-    unsigned long nSize = 0;
-    const std::string sHead =
-        Format("KSGetVersionA(%p, %p)", static_cast<void*>(szVersion), static_cast<void*>(&nSize));
-    EXPECT_EQ(Failure(sHead, -21, "The size of the finger template is not valid."),
-              Logged(7, [&] { KSGetVersionA(szVersion, &nSize); }));
-    EXPECT_EQ(Success(sHead), Logged(7, [&] { KSGetVersionA(szVersion, &nSize); }));
-}
-
-TEST_F(VelmarinKormelinSegmentation, LogLinesOfCreateAndDestroy)
-{
-    void* hHandle = nullptr;
-    void* const pAddress = &hHandle;
-    EXPECT_EQ(Success(Format("KSCreateSegmentationHandle(%p)", pAddress)),
-              Logged(7, [&] { KSCreateSegmentationHandle(&hHandle); }));
-    EXPECT_EQ(Success(Format("KSDestroyHandle(%p)", pAddress)), Logged(7, [&] { KSDestroyHandle(&hHandle); }));
-    EXPECT_EQ(Failure(Format("KSDestroyHandle(%p)", pAddress), -42, "The handle parameter is set to NULL."),
-              Logged(7, [&] { KSDestroyHandle(&hHandle); }));
-    EXPECT_EQ(Success(Format("KSCreateSegmentHandle(%p)", pAddress)),
-              Logged(7, [&] { KSCreateSegmentHandle(&hHandle); }));
-    EXPECT_EQ(Failure("KSCreateSegmentHandle((nil))", -701, "The pointer is bad or invalid."),
-              Logged(7, [&] { KSCreateSegmentHandle(nullptr); }));
-    KSDestroyHandle(&hHandle);
-}
-
-TEST_F(VelmarinKormelinSegmentation, LogLinesOfTextProperties)
-{
-    const char* szName = "SegmentationMode";
-    const void* pName = szName;
-    char szText[8] = "1";
-    void* const pText = szText;
-    unsigned long nSize = sizeof szText;
-    void* const pSize = &nSize;
-    EXPECT_EQ(Success(Format("KSSetPropertyA(%p, %p, %p)", m_hSegmentation, pName, pText)),
-              Logged(7, [&] { KSSetPropertyA(m_hSegmentation, szName, szText); }));
-    const std::string sHead = Format("KSGetPropertyA(%p, %p, %p, %p)", m_hSegmentation, pName, pText, pSize);
-    EXPECT_EQ(Success(sHead), Logged(7, [&] { KSGetPropertyA(m_hSegmentation, szName, szText, &nSize); }));
-    nSize = 0;
-    EXPECT_EQ(Failure(sHead, -21, "The size of the finger template is not valid."),
-              Logged(7, [&] { KSGetPropertyA(m_hSegmentation, szName, szText, &nSize); }));
-    EXPECT_EQ(Failure("KSSetPropertyA((nil), (nil), (nil))", -42, "The handle parameter is set to NULL."),
-              Logged(7, [] { KSSetPropertyA(nullptr, nullptr, nullptr); }));
-}
-
-TEST_F(VelmarinKormelinSegmentation, LogLinesOfNumbers)
-{
-    const char* szName = "SegmentationMode";
-    const void* pName = szName;
-    long nValue = 0;
-    double dValue = 0.0;
-    void* const pnValue = &nValue;
-    void* const pdValue = &dValue;
-    EXPECT_EQ(Success(Format("KSGetPropertyLongA(%p, %p, %p)", m_hSegmentation, pName, pnValue)),
-              Logged(7, [&] { KSGetPropertyLongA(m_hSegmentation, szName, &nValue); }));
-    EXPECT_EQ(Success(Format("KSSetPropertyLongA(%p, %p, 1)", m_hSegmentation, pName)),
-              Logged(7, [&] { KSSetPropertyLongA(m_hSegmentation, szName, 1); }));
-    EXPECT_EQ(Failure(Format("KSSetPropertyLongA(%p, %p, -9223372036854775808)", m_hSegmentation, pName), -35,
-                      "One of the parameters is out of range."),
-              Logged(7, [&] { KSSetPropertyLongA(m_hSegmentation, szName, LONG_MIN); }));
-    EXPECT_EQ(Failure(Format("KSGetPropertyDoubleA(%p, %p, %p)", m_hSegmentation, pName, pdValue), -44,
-                      "One(or more) parameter(s) is(are) invalid."),
-              Logged(7, [&] { KSGetPropertyDoubleA(m_hSegmentation, szName, &dValue); }));
-    EXPECT_EQ(Failure(Format("KSSetPropertyDoubleA(%p, %p, 1.500000)", m_hSegmentation, pName), -44,
-                      "One(or more) parameter(s) is(are) invalid."),
-              Logged(7, [&] { KSSetPropertyDoubleA(m_hSegmentation, szName, 1.5); }));
-}
-
-TEST_F(VelmarinKormelinSegmentation, LogLinesOfSegmentation)
-{
-    SetLong("SegmentationMode", 1);
-    const Block aBlock = OneObject();
-    const void* pBlock = aBlock.data();
-    EXPECT_EQ(Success(Format("KSSegmentBitmap(%p, %p, %zu)", m_hSegmentation, pBlock, aBlock.size())),
-              Logged(7, [&] { KSSegmentBitmap(m_hSegmentation, Header(aBlock), aBlock.size()); }));
-    EXPECT_EQ(Failure(Format("KSSegmentBitmap(%p, (nil), 18446744073709551615)", m_hSegmentation), -10,
-                      "The input image is not valid."),
-              Logged(7, [&] { KSSegmentBitmap(m_hSegmentation, nullptr, ULONG_MAX); }));
-    // The segment handle as a number, and a fourth value that no argument stands for.
-    const auto nSegment = reinterpret_cast<std::size_t>(m_hSegment);
-    EXPECT_EQ(Success(Format("KSGetSegment(%p, 0, %zu, (nil))", m_hSegmentation, nSegment)),
-              Logged(7, [&] { KSGetSegment(m_hSegmentation, 0, m_hSegment); }));
-    EXPECT_EQ(Failure(Format("KSGetSegment(%p, 1, %zu, (nil))", m_hSegmentation, nSegment), -35,
-                      "One of the parameters is out of range."),
-              Logged(7, [&] { KSGetSegment(m_hSegmentation, 1, m_hSegment); }));
-    unsigned long nSize = ULONG_MAX;
-    void* const pSize = &nSize;
-    EXPECT_EQ(Success(Format("KSGetBitmap(%p, (nil), %p)", m_hSegment, pSize)),
-              Logged(7, [&] { KSGetBitmap(m_hSegment, nullptr, &nSize); }));
-    EXPECT_EQ(
-        Failure(Format("KSGetBitmap(%p, (nil), (nil))", m_hSegment), -37, "One of the required parameter is missing."),
-        Logged(7, [&] { KSGetBitmap(m_hSegment, nullptr, nullptr); }));
 }
 
 // ---- threads
