@@ -17,12 +17,15 @@ MEMCPY = "Memcpy/1600x1500"
 UPRIGHT = "Segment/four-fingers-1600x1500/mode:0"
 
 
-def read_times(path):
+def read_benchmarks(measured, name):
+    with open(os.path.join(measured, f"{name}.json"), encoding="utf-8") as file:
+        return json.load(file)["benchmarks"]
+
+
+def read_times(measured, state):
     """Median of each benchmark in microseconds: of the processor's time, of threads of the clock's."""
-    with open(path, encoding="utf-8") as file:
-        report = json.load(file)
     times = {}
-    for entry in report["benchmarks"]:
+    for entry in read_benchmarks(measured, f"{state}-times") + read_benchmarks(measured, f"{state}-threads"):
         if entry.get("error_occurred"):
             raise SystemExit(f"{entry['name']}: {entry['error_message']}")
         if entry.get("aggregate_name") != "median":
@@ -243,7 +246,7 @@ def main(arguments):
     measured, docs = arguments[1], arguments[2]
     before_path = os.path.join(docs, "performance-before.json")
     if len(arguments) == 5:
-        before = {"commit": arguments[4], "times": read_times(os.path.join(measured, "before-times.json")),
+        before = {"commit": arguments[4], "times": read_times(measured, "before"),
                   "counts": read_counts(os.path.join(measured, "before-operators.txt")),
                   "functions": read_functions(os.path.join(measured, "before-functions.txt"))}
         before["times"] = {name: float(f"{time:.4g}") for name, time in sorted(before["times"].items())}
@@ -253,7 +256,7 @@ def main(arguments):
     with open(before_path, encoding="utf-8") as file:
         before = json.load(file)
 
-    times = read_times(os.path.join(measured, "now-times.json"))
+    times = read_times(measured, "now")
     counts = read_counts(os.path.join(measured, "now-operators.txt"))
     functions = read_functions(os.path.join(measured, "now-functions.txt"))
     memory = memory_rows(os.path.join(measured, "memory.txt"))

@@ -14,15 +14,22 @@ work=$repository/build/performance
 programs=$repository/build/release
 mkdir -p "$work"
 
-# measure_times NAME BENCHMARKS: the medians of many short repetitions, taken in turns in random order.
-measure_times()
+# measure NAME BENCHMARKS FILTER SECONDS: the medians of repetitions of so many seconds, taken in turns in random order.
+measure()
 {
-    "$2" --benchmark_repetitions=11 --benchmark_enable_random_interleaving=true --benchmark_min_time=0.03 \
-        --benchmark_report_aggregates_only=true --benchmark_out="$work/$1-times.json" --benchmark_out_format=json \
-        >"$work/$1-times.log" 2>&1 || {
-        tail -n 5 "$work/$1-times.log" >&2
+    "$2" --benchmark_filter="$3" --benchmark_min_time="$4" --benchmark_repetitions=11 \
+        --benchmark_enable_random_interleaving=true --benchmark_report_aggregates_only=true \
+        --benchmark_out="$work/$1.json" --benchmark_out_format=json >"$work/$1.log" 2>&1 || {
+        tail -n 5 "$work/$1.log" >&2
         return 1
     }
+}
+
+# measure_times NAME BENCHMARKS: threads among themselves and longer, as the system takes its time to spread new ones.
+measure_times()
+{
+    measure "$1-times" "$2" '-^Threads/' 0.03
+    measure "$1-threads" "$2" '^Threads/' 0.3
 }
 
 # count NAME COUNT-OPERATORS: instructions of each operator, and of the functions in a whole run in mode 0.

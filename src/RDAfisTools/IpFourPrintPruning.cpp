@@ -177,6 +177,7 @@ void ClIpFourPrintSegmentation::RemoveBox(Images_t& aImages, Boxes_t& aBoxes, Bo
     aOrigins.RemoveAt(nIndex);
     --nCount;
 }
+
 /// A finger that has lost its end stands shorter than both its neighbours.
 void ClIpFourPrintSegmentation::RemoveAmputatedFingerprints(Boxes_t& aBoxes, Boxes_t& aOrigins, int& nCount)
 {

@@ -13,9 +13,9 @@
 /// Values  8-bit XY truncates the quotient, and width 3 multiplies by a rounded reciprocal. The passes in one direction
 ///         add half the width to the sum before they divide, but for floating point. All other types do X, then Y.
 /// Errors  -10 if output is input; -101 if a pass has no width left, a plane of a colour image is 0 then; -33 for the
-/// directed modes on types other than
-///         unsigned 8-bit; directed: ClException -701 without directions, -33 for directions that are not one plane of
-///         bytes, -14 for directions of another size and for an image that is too narrow (which is copied);
+///         directed modes on types other than unsigned 8-bit; directed: ClException -701 without directions, -33 for
+///         directions that are not one plane of bytes, -14 for directions of another size and for an image that is too
+///         narrow (which is copied);
 ///         ClExVelmarin -35 for an unknown mode or sample type; ClExBadAlloc.
 /// Cost    Two additions and one division per pixel whatever the width, by running column sums (M. J. McDonnell,
 ///         Box-filtering techniques, Computer Graphics and Image Processing 17, 1981); width 3 does without division,

@@ -133,10 +133,10 @@ void ClImage::NewWithType(unsigned char eType, int nWidth, int nHeight, int nPla
     BlackWhiteFromType(eType);
 
     const int nStride = Stride();
-    const bool bRowFits = nHeight == 0 || RowFits(nPlanes, nWidth, SampleSize(eType)); // no row is too wide
-    // Compared in 64 bits: two sizes that are equal only after wrapping are not the same block. Of no rows, however
-    // wide, there are no bytes.
-    if (m_pData.use_count() == 1 && (bRowFits || nHeight == 0) && nOldBytes == BlockBytes(nStride, nHeight))
+    // Of no rows, however wide, there are no bytes.
+    const bool bRowFits = nHeight == 0 || RowFits(nPlanes, nWidth, SampleSize(eType));
+    // Compared in 64 bits: two sizes that are equal only after wrapping are not the same block.
+    if (m_pData.use_count() == 1 && bRowFits && nOldBytes == BlockBytes(nStride, nHeight))
     {
         return;
     }

@@ -118,17 +118,19 @@ bool HexFromText(const char* szValue, const char* szName, long& nValue)
 
 void StripTrailingZeros(char* szText)
 {
-    const char* szPoint = std::strrchr(szText, '.');
-    if (szPoint == nullptr)
+    char* const pEnd = szText + std::strlen(szText);
+    char* pDigits = pEnd;
+    while (pDigits != szText && pDigits[-1] >= '0' && pDigits[-1] <= '9')
+    {
+        --pDigits;
+    }
+    // The digits stand behind a point, or behind a comma where the points group thousands.
+    const bool bFraction = pDigits != szText && (pDigits[-1] == '.' || pDigits[-1] == ',');
+    if (!bFraction || std::strchr(szText, '.') == nullptr)
     {
         return;
     }
-    const std::size_t nDigits = std::strspn(szPoint + 1, "0123456789");
-    if (szPoint[1 + nDigits] != '\0')
-    {
-        return;
-    }
-    for (char* pLast = szText + std::strlen(szText) - 1; *pLast == '0' && pLast[-1] != '.'; --pLast)
+    for (char* pLast = pEnd - 1; *pLast == '0' && pLast > pDigits; --pLast)
     {
         *pLast = '\0';
     }

@@ -424,6 +424,9 @@ TEST(ParameterNumeric, TrailingZerosAreStrippedToOneDigit)
     EXPECT_EQ("1.", stripped("1."));
     EXPECT_EQ("1.00e+00", stripped("1.00e+00"));
     EXPECT_EQ("1.50 mm", stripped("1.50 mm"));
+    EXPECT_EQ("1.234,5", stripped("1.234,500"));
+    EXPECT_EQ("1.234,0", stripped("1.234,000"));
+    EXPECT_EQ("1,500", stripped("1,500"));
     EXPECT_EQ("", stripped(""));
 }
 

@@ -9,8 +9,8 @@ test that does not end in several times the processor time it needs without muta
 failed. What does not compile, or gives the same object as before, is no mutant and is replaced by the next.
 
 Everything happens in build/mutation, or the folder that KORMELIN_MUTATION names: a copy of the sources, its build, and
-results-SEED.tsv. An interrupted run goes on where it was. Fails if fewer than 90 of 100 mutants are killed; those that survivors.md shows to change nothing that
-anyone could see are told apart.
+results-SEED.tsv. An interrupted run goes on where it was. Fails if fewer than 90 of 100 mutants are killed; those that
+survivors.md shows to change nothing that anyone could see are told apart.
 """
 
 import argparse
