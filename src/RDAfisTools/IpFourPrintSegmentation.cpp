@@ -3,7 +3,6 @@
 #include "RDImageProcessing/Ip1to1Base.hpp"
 #include "RDImageProcessing/IpCut.hpp"
 #include "RDImageProcessing/IpRotate.hpp"
-#include "RDTools/FloatingPoint.hpp"
 
 #include <algorithm>
 

@@ -2,7 +2,6 @@
 
 #include "RDImageProcessing/Histogram.hpp"
 #include "RDImageProcessing/IpBinarizeGlobal.hpp"
-#include "RDTools/FloatingPoint.hpp"
 #include "RDTools/ParameterContainer.hpp"
 #include "RDTools/SampleCast.hpp"
 

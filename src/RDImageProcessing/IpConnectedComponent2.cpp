@@ -2,7 +2,6 @@
 
 #include "RDImageProcessing/FillTools.hpp"
 #include "RDImageProcessing/IpLabeling.hpp"
-#include "RDTools/FloatingPoint.hpp"
 #include "RDTools/ParameterContainer.hpp"
 
 #include <algorithm>

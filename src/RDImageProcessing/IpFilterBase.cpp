@@ -3,6 +3,8 @@
 #include "RDTools/ParameterContainer.hpp"
 #include "RDTools/ParameterInterface.hpp"
 
+#include <cstring>
+
 namespace
 {
 constexpr char szModule[] = "RDImageProcessing/IpFilterBase";
@@ -11,6 +13,15 @@ constexpr StEnumName aModeNames[] = {{ClIpFilterBase::eModeX, "Mode X"},
                                      {ClIpFilterBase::eModeXY, "Mode XY"},
                                      {ClIpFilterBase::eModeDirected, "MODE_DIRECTED"},
                                      {ClIpFilterBase::eModeDirectedOrtho, "MODE_DIRECTED_ORTHO"}};
+
+void MakeZero(const ClImage& cModel, ClImage& cOut)
+{
+    cOut.New(cModel);
+    if (cOut.Data() != nullptr)
+    {
+        std::memset(cOut.Data(), 0, static_cast<std::size_t>(cOut.Stride()) * static_cast<std::size_t>(cOut.m_nHeight));
+    }
+}
 } // namespace
 
 long ClIpFilterBase::ApplyParam(ClImage& cIn, ClImage& cOut, long nWidth, long nMode)
@@ -94,8 +105,14 @@ long ClIpFilterBase::Process()
 void ClIpFilterBase::ProcessMultiPlane()
 {
     // A pass that reduces the width does so for the planes that follow, so their order is told by the results.
-    ProcessPlaneByPlane(
-        *this, m_pInImage, m_pOutImage, 3, [this](int) { Process(); }, true);
+    const auto process = [this](int)
+    {
+        if (Process() == FPC_ERROR_INTERNAL)
+        {
+            MakeZero(*m_pInImage, *m_pOutImage); // the run goes on: no sample may be what the memory happened to hold
+        }
+    };
+    ProcessPlaneByPlane(*this, m_pInImage, m_pOutImage, 3, process, true);
     m_pOutImage->m_nAttribute = m_pInImage->m_nAttribute;
 }
 

@@ -4,14 +4,12 @@
 #include "RDImageProcessing/BoxSums.hpp"
 #include "RDImageProcessing/FillTools.hpp"
 #include "RDTools/Exception.hpp"
-#include "RDTools/FloatingPoint.hpp"
 #include "RDTools/SampleCast.hpp"
 #include "RDTools/TpArrayStatic.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <type_traits>
 
@@ -411,13 +409,6 @@ template <class Slide> long ClIpFilterMid::Pass(int nSize, bool bOddWidths, Slid
     }
     if (m_nFilterWidth == 0)
     {
-        // The run goes on where this is a plane of a colour image: no sample may be what the memory happened to hold.
-        if (m_pOutImage->Data() != nullptr)
-        {
-            std::memset(m_pOutImage->Data(), 0,
-                        static_cast<std::size_t>(m_pOutImage->Stride()) *
-                            static_cast<std::size_t>(m_pOutImage->m_nHeight));
-        }
         return FPC_ERROR_INTERNAL;
     }
     // A sample alone is its own mean.

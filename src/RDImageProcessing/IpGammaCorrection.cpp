@@ -1,6 +1,5 @@
 #include "RDImageProcessing/IpGammaCorrection.hpp"
 
-#include "RDTools/FloatingPoint.hpp"
 #include "RDTools/ParameterContainer.hpp"
 #include "RDTools/SampleCast.hpp"
 

@@ -69,7 +69,7 @@ template <class T> void InterleavePlane(const ClImage& cPlane, int nPlane, ClIma
 
 template <class T> void FillPlane(T tValue, int nPlane, ClImage& cOut)
 {
-    if (cOut.m_nWidth < 1) return; // no pixels, perhaps no block to point into
+    if (cOut.m_nWidth < 1 || cOut.Data() == nullptr) return;
     const std::ptrdiff_t nStep = cOut.m_nPlanes;
     for (int y = 0; y < cOut.m_nHeight; ++y)
     {

@@ -1,7 +1,6 @@
 #include "RDImageProcessing/IpRotate.hpp"
 
 #include "RDImageProcessing/PlaneByPlane.hpp"
-#include "RDTools/FloatingPoint.hpp"
 #include "RDTools/ParameterContainer.hpp"
 #include "RDTools/ParameterInterface.hpp"
 #include "RDTools/SampleCast.hpp"

@@ -178,7 +178,7 @@ int MeansByBlocks(const unsigned char* pIn, int nIn, int nWhole, std::uint16_t n
     {
         block(k, cLoad);
     }
-    if (k < nOut && (nOut - 8) * n + cLoad.nOffset >= 0)
+    if (k < nOut && (nOut - 8) * n >= k) // the last spans are still there where the means go to the same row
     {
         block(nOut - 8, cLoad);
         k = nOut;

@@ -18,7 +18,7 @@ public:
     /// nSpan: at least a sample, at most 2^43, what a side of 2^31 samples has that becomes one pixel.
     explicit ClSpanMean(std::int64_t nSpan);
 
-    /// nOut means of a row of nIn samples, at least one; nothing outside the two rows is touched.
+    /// nOut means of a row of nIn samples, at least one; nothing outside the two rows is touched. They may be the same.
     void Reduce(const unsigned char* pIn, int nIn, unsigned char* pOut, int nOut) const;
 
     /// The mean of a full span whose samples, each times its weight of up to 4096, add up to nSum.

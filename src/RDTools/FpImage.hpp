@@ -1,5 +1,7 @@
 #pragma once
 
+#include "RDTools/FloatingPoint.hpp"
+
 #include <boost/checked_delete.hpp>
 #include <boost/noncopyable.hpp>
 #include <boost/shared_ptr.hpp>

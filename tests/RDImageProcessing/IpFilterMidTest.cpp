@@ -412,7 +412,10 @@ TEST(IpFilterMid, APlaneThatLeavesNoWidthIsZeroAndNotWhatTheMemoryHolds)
         unsigned char eType;
         int nWidth, nHeight, nPlanes;
         long nMode;
-    } aCases[] = {{ClImage::eSInt8, 1, 1, 2, 3}, {ClImage::eSInt32, 1, 5, 3, 1}, {ClImage::eDouble64, 16, 1, 2, 3}};
+    } aCases[] = {{ClImage::eSInt8, 1, 1, 2, 3},
+                  {ClImage::eSInt32, 1, 5, 3, 1},
+                  {ClImage::eDouble64, 16, 1, 2, 3},
+                  {ClImage::eFloat32, 1, 1, 3, 3}};
     for (const auto& c : aCases)
     {
         ClImage cIn, cOut, cFirst, cCopied, cLast;
@@ -429,6 +432,33 @@ TEST(IpFilterMid, APlaneThatLeavesNoWidthIsZeroAndNotWhatTheMemoryHolds)
         const auto nBytes = static_cast<std::size_t>(c.nWidth * ClImage::SampleSize(c.eType));
         EXPECT_TRUE(std::all_of(pBytes, pBytes + nBytes, [](unsigned char n) { return n == 0; })) << int(c.eType);
     }
+}
+
+TEST(IpFilterMid, AGreyImageThatLeavesNoWidthLeavesTheOutputsPixels)
+{
+    for (const long nMode : {1L, 2L})
+    {
+        const int nWidth = nMode == 1 ? 1 : 6;
+        const int nHeight = nMode == 1 ? 6 : 1;
+        ClImage cIn, cOut, cBefore;
+        cIn.NewWithType(ClImage::eUInt16, nWidth, nHeight, 1, 3937, 3937);
+        FillRandom(cIn, 31);
+        cOut.NewWithType(ClImage::eUInt16, nWidth, nHeight, 1, 3937, 3937);
+        FillRandom(cOut, 32);
+        cBefore = cOut;
+        EXPECT_EQ(-101, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, nMode));
+        EXPECT_TRUE(SamePixels(cBefore, cOut));
+    }
+}
+
+TEST(IpFilterMid, SizesBelowNothingAreRefusedAgainAndAgain)
+{
+    ClImage cIn, cOut;
+    cIn.NewWithType(ClImage::eUInt16, 1, 5, 1, 3937, 3937);
+    cOut.NewWithType(ClImage::eUInt16, 1, 5, 1, 3937, 3937);
+    cIn.m_nHeight = -5;
+    EXPECT_RAISES_CODE(ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, 1), -101);
+    EXPECT_EQ(-101, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, 1)) << "the sizes are the same by now";
 }
 
 TEST(IpFilterMid, EveryPassTellsThatMemoryIsExhausted)

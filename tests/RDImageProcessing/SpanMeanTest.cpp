@@ -94,6 +94,24 @@ TEST(SpanMean, AgreesWithTheStepByStepDefinition)
     }
 }
 
+TEST(SpanMean, TheMeansMayGoToTheSameRow)
+{
+    ClTestRandom cRandom(7);
+    for (const long nSpan : Spans())
+    {
+        const ClSpanMean cMean(nSpan);
+        for (int nIn = 1; nIn < 200; ++nIn)
+        {
+            const Bytes_t aIn = RandomBytes(cRandom, nIn);
+            const int nOut = std::min(static_cast<int>(4096L * nIn / nSpan) + 1, nIn);
+            Bytes_t aRow = aIn;
+            cMean.Reduce(aRow.data(), nIn, aRow.data(), nOut);
+            aRow.resize(static_cast<std::size_t>(nOut));
+            ASSERT_EQ(MeansByDefinition(aIn, nSpan, nOut), aRow) << "span " << nSpan << ", " << nIn << " samples";
+        }
+    }
+}
+
 TEST(SpanMean, ColumnsAreReducedLikeRows)
 {
     ClTestRandom cRandom(2);
