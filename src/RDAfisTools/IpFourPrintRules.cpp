@@ -1,10 +1,10 @@
 #include "RDAfisTools/IpFourPrintSegmentation.hpp"
 
+#include "RDImageProcessing/FillTools.hpp"
 #include "RDTools/SampleCast.hpp"
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 #include <tuple>
 
 namespace
@@ -22,8 +22,12 @@ constexpr int nPalmRows = 260;        // and one more than this below the second
 constexpr int nSmallerThanMean = -2000;
 constexpr int nTooMany = 5; // up to four fingers need no further rules
 
-/// Removes the components that match, the others keep their order.
-template <class Match> void RemoveComponents(Components& aComponents, Match&& match)
+// A component goes by shifting the later ones down one place, and the place behind them keeps a copy of the last one. A
+// second run of the processor finds these copies, as its candidates number on; so they are laid down here as well,
+// though all that go are taken out in one pass.
+
+/// Moves the components together that do not match.
+template <class Match> void DropComponents(Components& aComponents, Match&& match)
 {
     unsigned long nKept = 0;
     for (unsigned long i = 0; i < aComponents.Entries(); ++i)
@@ -39,6 +43,17 @@ template <class Match> void RemoveComponents(Components& aComponents, Match&& ma
         ++nKept;
     }
     aComponents.m_nUsed = nKept;
+}
+
+/// Removes the components that match, from the first to the last.
+template <class Match> void RemoveComponents(Components& aComponents, Match&& match)
+{
+    const unsigned long nEntries = aComponents.Entries();
+    DropComponents(aComponents, match);
+    for (unsigned long i = aComponents.Entries(); i + 1 < nEntries; ++i)
+    {
+        aComponents[i] = aComponents[nEntries - 1];
+    }
 }
 
 bool Near(const Component& cFirst, const Component& cSecond)
@@ -117,22 +132,34 @@ private:
 /// Of two near components the smaller goes; on equal areas the outer one.
 void RemoveFragments(Components& aComponents)
 {
+    const unsigned long nEntries = aComponents.Entries();
     ClFragmentGrid cGrid(aComponents);
-    for (unsigned long i = 0; i < aComponents.Entries(); ++i)
+    TpArrayDynamic<unsigned long, 100> anLast; // of those that are left before a removal, one for each
+    unsigned long nLast = nEntries;
+    for (unsigned long i = 0; i < nEntries; ++i)
     {
         // An entry that stays is looked at again until nothing is near it: so no later one finds it near.
         while (!cGrid.IsGone(i))
         {
             const unsigned long nNear = cGrid.FirstNear(i);
-            if (nNear == aComponents.Entries())
+            if (nNear == nEntries)
             {
                 break;
             }
+            while (cGrid.IsGone(nLast - 1))
+            {
+                --nLast;
+            }
+            PushEntry(anLast, nLast - 1);
             cGrid.Remove(aComponents[i].m_dArea > aComponents[nNear].m_dArea ? nNear : i);
         }
     }
     unsigned long nEntry = 0;
-    RemoveComponents(aComponents, [&](const Component&) { return cGrid.IsGone(nEntry++); });
+    DropComponents(aComponents, [&](const Component&) { return cGrid.IsGone(nEntry++); });
+    for (unsigned long n = anLast.Entries(); n > 0; --n)
+    {
+        aComponents[nEntries - n] = aComponents[anLast[n - 1]]; // which is no earlier entry, and not yet overwritten
+    }
 }
 
 int HeightOf(const ClVector& cCenter)
@@ -189,7 +216,11 @@ void ClIpFourPrintSegmentation::FillCandidates(const Components_t& aComponents, 
         m_aShapes.Add(ClVector(c.m_dArea, c.m_dEccentricity));
     }
     const unsigned long nCandidates = m_aCenters.Entries();
-    if (aSelected.m_nEntries < nCandidates)
+    if (aSelected.m_pData == nullptr) // a count alone may be left of a failure
+    {
+        aSelected.New(nCandidates);
+    }
+    else if (aSelected.m_nEntries < nCandidates)
     {
         aSelected.Enlarge(nCandidates - aSelected.m_nEntries);
     }
@@ -250,17 +281,24 @@ void ClIpFourPrintSegmentation::KeepTopOfEachColumn(Marks_t& aSelected) const
 {
     const unsigned long nCandidates = m_aCenters.Entries();
     TpArrayStatic<unsigned long> anByX(nCandidates);
-    std::iota(anByX.m_pData, anByX.m_pData + nCandidates, 0ul);
-    std::sort(anByX.m_pData, anByX.m_pData + nCandidates,
+    unsigned long nPlaced = 0;
+    for (unsigned long i = 0; i < nCandidates; ++i)
+    {
+        if (!std::isnan(m_aCenters[i].m_dX) && !std::isnan(m_aCenters[i].m_dY)) // else it stands in no column
+        {
+            anByX[nPlaced++] = i;
+        }
+    }
+    std::sort(anByX.m_pData, anByX.m_pData + nPlaced,
               [this](unsigned long i, unsigned long j) { return m_aCenters[i].m_dX < m_aCenters[j].m_dX; });
     TpArrayStatic<unsigned long> anTop(nCandidates);
     unsigned long nTop = 0;    // the list is anTop from here
     unsigned long nTopEnd = 0; // to here
     unsigned long nNext = 0;   // the first candidate beyond the span
-    for (unsigned long i = 0; i < nCandidates; ++i)
+    for (unsigned long i = 0; i < nPlaced; ++i)
     {
         const ClVector& cCenter = m_aCenters[anByX[i]];
-        for (; nNext < nCandidates && cCenter.m_dX > m_aCenters[anByX[nNext]].m_dX - dColumn; ++nNext)
+        for (; nNext < nPlaced && cCenter.m_dX > m_aCenters[anByX[nNext]].m_dX - dColumn; ++nNext)
         {
             while (nTopEnd > nTop && m_aCenters[anTop[nTopEnd - 1]].m_dY <= m_aCenters[anByX[nNext]].m_dY)
             {

@@ -161,11 +161,13 @@ void ClIpFourPrintSegmentation::RotateGrey(ClImage& cGrey, double dAngle)
     m_dRotation = dAngle;
 }
 
-/// Fingers are cut out of the full-resolution image, refined and pruned, and the hand is decided.
+/// Fingers are cut out of the full-resolution image, refined and pruned, and the hand is decided. The image is given
+/// back: it may share the input's pixels, and these may be the output's.
 long ClIpFourPrintSegmentation::CutAndJudge(ClImage& cGrey, double dAngle)
 {
     if (!m_bCutFingers)
     {
+        cGrey.Delete();
         return FPC_SUCCESS; // the boxes alone: without images there is nothing to judge
     }
     const unsigned long nFingers = static_cast<unsigned long>(m_nFingers);
@@ -222,9 +224,14 @@ void ClIpFourPrintSegmentation::DropFingersWithoutImage()
     }
 }
 
-/// The later images move down one place as they are; assigning them would copy the pixels of all.
+/// The later images move down one place as they are; assigning them would copy the pixels of all. No effect for an
+/// index beyond the end.
 void ClIpFourPrintSegmentation::RemoveImage(Images_t& aImages, unsigned long nIndex)
 {
+    if (nIndex >= aImages.Entries())
+    {
+        return;
+    }
     for (unsigned long i = nIndex + 1; i < aImages.Entries(); ++i)
     {
         aImages[i - 1].Swap(aImages[i]);

@@ -263,7 +263,11 @@ void ClIpConnectedComponent2::MeasureMoments(unsigned long nEntry)
 void ClIpConnectedComponent2::PrepareEntries(unsigned long nLabels)
 {
     ComponentsArray_t& aComponents = *m_pComponents;
-    if (aComponents.m_nEntries < nLabels)
+    if (aComponents.m_pData == nullptr) // a count alone may be left of a failure
+    {
+        aComponents.New(nLabels);
+    }
+    else if (aComponents.m_nEntries < nLabels)
     {
         aComponents.Enlarge(nLabels - aComponents.m_nEntries);
     }

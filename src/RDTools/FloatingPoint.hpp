@@ -2,7 +2,8 @@
 
 // Results are the same to the bit wherever the library is built. They rest on arithmetic that rounds each operation
 // once, to the type that the source names, in the order in which it is written. All that calculate with images include
-// this and refuse to be compiled otherwise. Contraction (-ffp-contract) cannot be seen from within: see docs/determinism.md.
+// this and refuse to be compiled otherwise. Contraction (-ffp-contract) cannot be seen from within: see
+// docs/determinism.md.
 
 #include <cfloat>
 #include <limits>

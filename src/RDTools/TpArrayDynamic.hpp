@@ -23,17 +23,16 @@ public:
     /// Adds nAdd to the capacity; the used elements are copied by assignment. Without memory: ClExBadAlloc, unchanged.
     void Enlarge(unsigned long nAdd)
     {
-        if (this->m_pData == nullptr) // a New without memory has left its old counts
-        {
-            m_nUsed = 0;
-            this->m_nEntries = 0;
-        }
         const unsigned long nCapacity = this->m_nEntries + nAdd;
         if (nCapacity == 0)
         {
             return;
         }
         T* pData = NewArray<T>(nCapacity);
+        if (this->m_pData == nullptr) // a New without memory has left its old count
+        {
+            m_nUsed = 0;
+        }
         try
         {
             for (unsigned long i = 0; i < m_nUsed; ++i)
@@ -82,7 +81,8 @@ public:
 private:
     unsigned long AddEnlarging(const T& value)
     {
-        const bool bOwnElement = this->m_nEntries != 0 && &value >= this->m_pData && &value < this->m_pData + m_nUsed;
+        const bool bOwnElement =
+            this->m_pData != nullptr && &value >= this->m_pData && &value < this->m_pData + m_nUsed;
         const unsigned long nOwnIndex = bOwnElement ? static_cast<unsigned long>(&value - this->m_pData) : 0;
         Enlarge(N);
         this->m_pData[m_nUsed] = bOwnElement ? this->m_pData[nOwnIndex] : value;

@@ -150,6 +150,66 @@ TEST(IpFourPrintRules, CrowdsOfFragmentsAreResolvedInTheOrderOfTheScan)
     }
 }
 
+TEST(IpFourPrintRules, WhatGoesLeavesCopiesOfTheLastBehindTheOthers)
+{
+    ClTestRandom cRandom(17);
+    for (int i = 0; i < 200; ++i)
+    {
+        ClIpFourPrintSegmentation::Components_t aExpected;
+        std::vector<Component> acComponent;
+        for (int n = 1 + i % 40; n > 0; --n)
+        {
+            acComponent.push_back(At(cRandom.Below(300), cRandom.Below(300), 150 + cRandom.Below(300),
+                                     cRandom.Below(5) == 0 ? 0.97 : 0.5));
+            aExpected.Add(acComponent.back());
+        }
+        for (unsigned long k = 0; k < aExpected.Entries();)
+        {
+            aExpected[k].m_dArea < 200.0 ? aExpected.RemoveAt(k) : void(++k);
+        }
+        for (unsigned long k = 0; k < aExpected.Entries();)
+        {
+            aExpected[k].m_dEccentricity > 0.95 ? aExpected.RemoveAt(k) : void(++k);
+        }
+        for (unsigned long k = 0; k < aExpected.Entries();)
+        {
+            unsigned long j = 0;
+            for (; j < aExpected.Entries(); ++j)
+            {
+                const double dX = aExpected[k].m_cCenter.m_dX - aExpected[j].m_cCenter.m_dX;
+                const double dY = aExpected[k].m_cCenter.m_dY - aExpected[j].m_cCenter.m_dY;
+                if (j != k && static_cast<int>(std::sqrt(dX * dX + dY * dY)) < 44)
+                {
+                    break;
+                }
+            }
+            if (j == aExpected.Entries())
+            {
+                ++k;
+                continue;
+            }
+            aExpected.RemoveAt(aExpected[k].m_dArea > aExpected[j].m_dArea ? j : k);
+        }
+        ClRun cRun(acComponent);
+        ASSERT_EQ(aExpected.Entries(), cRun.m_aComponents.Entries()) << i;
+        for (unsigned long k = 0; k < acComponent.size(); ++k)
+        {
+            EXPECT_TRUE(aExpected[k] == cRun.m_aComponents[k]) << i << ", " << k;
+        }
+    }
+}
+
+TEST(IpFourPrintRules, ACentreThatIsNoNumberStandsInNoColumn)
+{
+    const double dNaN = std::nan("");
+    ClRun cRun({At(100, 700), At(105, 640), At(110, 580)});
+    cRun.m_c.m_aCenters.Clear();
+    cRun.m_c.m_aCenters.Add(ClVector(dNaN, 700));
+    cRun.m_c.m_aCenters.Add(ClVector(100, dNaN));
+    cRun.m_c.ApplyRulesToGetRightFingerSegments(cRun.m_aComponents, cRun.m_cImage, cRun.m_aSelected);
+    EXPECT_EQ((Marks{1, 1, 1, 0, 0}), cRun.Marks());
+}
+
 TEST(IpFourPrintRules, InCrowdsTheTopOfEachColumnStays)
 {
     ClTestRandom cRandom(7);

@@ -230,7 +230,7 @@ TEST(TpArrayDynamic, WhatANewWithoutMemoryLeavesCanBeUsed)
         {
             aValues.Enlarge(4);
             EXPECT_EQ(0u, aValues.Entries());
-            EXPECT_EQ(4u, aValues.m_nEntries);
+            EXPECT_EQ(7u, aValues.m_nEntries);
         });
     afterFailure([](auto& aValues) { aValues.RemoveAt(0); });
     afterFailure([](auto& aValues) { EXPECT_EQ(nNotFound, aValues.Find(1, 0)); });
