@@ -69,6 +69,11 @@ void FillHeader(tagBITMAPINFOHEADER& cHeader, long nWidth, long nHeight, long nB
 }
 } // namespace
 
+void ThrowEmptyBitmap()
+{
+    throw ClExVelmarin(FPC_ERROR_BITMAP_PTR, "RDTools/Bitmap.hpp", __LINE__);
+}
+
 ClBitmap::ClBitmap()
 {
     Clear();

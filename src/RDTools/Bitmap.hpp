@@ -32,6 +32,9 @@ struct tagBITMAPINFOHEADER
 #pragma pack(pop)
 #endif
 
+/// ClExVelmarin -10: a bitmap without a header was asked for it.
+[[noreturn]] void ThrowEmptyBitmap();
+
 /// A device-independent bitmap in memory: header, colour table or bit-field masks, pixel rows. It is the form in which
 /// images enter and leave the system, and it wraps a caller's packed block (these three one after another, a 14-byte
 /// file header in front is skipped) without copying.
@@ -145,7 +148,7 @@ public:
     {
         if (m_pBIH.get() == nullptr)
         {
-            throw ClExVelmarin(FPC_ERROR_BITMAP_PTR, "RDTools/Bitmap.hpp", __LINE__);
+            ThrowEmptyBitmap();
         }
         return *m_pBIH;
     }

@@ -434,33 +434,6 @@ TEST(IpFilterMid, APlaneThatLeavesNoWidthIsZeroAndNotWhatTheMemoryHolds)
     }
 }
 
-TEST(IpFilterMid, AGreyImageThatLeavesNoWidthLeavesTheOutputsPixels)
-{
-    for (const long nMode : {1L, 2L})
-    {
-        const int nWidth = nMode == 1 ? 1 : 6;
-        const int nHeight = nMode == 1 ? 6 : 1;
-        ClImage cIn, cOut, cBefore;
-        cIn.NewWithType(ClImage::eUInt16, nWidth, nHeight, 1, 3937, 3937);
-        FillRandom(cIn, 31);
-        cOut.NewWithType(ClImage::eUInt16, nWidth, nHeight, 1, 3937, 3937);
-        FillRandom(cOut, 32);
-        cBefore = cOut;
-        EXPECT_EQ(-101, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, nMode));
-        EXPECT_TRUE(SamePixels(cBefore, cOut));
-    }
-}
-
-TEST(IpFilterMid, SizesBelowNothingAreRefusedAgainAndAgain)
-{
-    ClImage cIn, cOut;
-    cIn.NewWithType(ClImage::eUInt16, 1, 5, 1, 3937, 3937);
-    cOut.NewWithType(ClImage::eUInt16, 1, 5, 1, 3937, 3937);
-    cIn.m_nHeight = -5;
-    EXPECT_RAISES_CODE(ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, 1), -101);
-    EXPECT_EQ(-101, ClIpFilterMid().ClIpFilterBase::ApplyParam(cIn, cOut, 3, 1)) << "the sizes are the same by now";
-}
-
 TEST(IpFilterMid, EveryPassTellsThatMemoryIsExhausted)
 {
     for (const unsigned char eType : {ClImage::eUInt8, ClImage::eSInt16, ClImage::eDouble64})
