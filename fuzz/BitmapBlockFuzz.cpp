@@ -54,13 +54,13 @@ std::vector<unsigned char> BitmapOf(void* hSegment, const StBitmapFate& cFate)
     return {pBitmap.get(), pBitmap.get() + nSize};
 }
 
-/// A segment by both origins. Rows are scaled as columns are: where the resolutions differ a finger may come to lie
-/// above the picture, and is refused; its bitmap is there all the same.
+/// A segment by both origins. Where the resolutions differ or the hand leans a finger may come to lie above the
+/// picture, and is refused; its bitmap is there all the same.
 StSegment SegmentAt(void* hRun, int nIndex, void* hSegment, const StBitmapFate& cFate)
 {
     Promise(KSSetPropertyLongA(hRun, "CoordinateOrigin", 1) == FPC_SUCCESS, "the origin");
     const long nCode = KSGetSegment(hRun, nIndex, hSegment);
-    if (nCode == FPC_ERROR_PARAM_OUT_OF_RANGE && cFate.m_nXRes != cFate.m_nYRes)
+    if (nCode == FPC_ERROR_PARAM_OUT_OF_RANGE && Property(hRun, "SegmentationMode") == 0)
         return {0, 0, 0, 0, BitmapOf(hSegment, cFate)};
     Promise(nCode == FPC_SUCCESS, "a segment with its origin above");
     const long nAbove = Property(hSegment, "y");

@@ -24,14 +24,16 @@ void Draw(ClImage& cImage, ClByteSource& cBytes)
     DrawPicture({cImage.Data(), nWidth, nHeight, cImage.Stride()}, cBytes);
 }
 
-/// The rectangles that leave the library.
-void PromiseRectangle(const ClImage& cInput, const tagRECT& cRect)
+/// The rectangles that leave the library. Rows are scaled as columns are, and the picture in which a leaning hand
+/// stands upright is higher than the input: a finger may come to lie above the input, whose last row limits the top
+/// alone.
+void PromiseRectangle(const ClImage& cInput, double dRotation, const tagRECT& cRect)
 {
     Promise(cRect.left >= 0 && cRect.bottom >= 0, "a rectangle begins inside the picture");
     Promise(cRect.right < cInput.m_nWidth && cRect.top < cInput.m_nHeight, "a rectangle ends inside the picture");
-    // Rows are scaled as columns are: of resolutions that differ a finger may come to lie above the picture.
     Promise(cRect.left <= cRect.right, "a rectangle's sides are in order");
-    Promise(cRect.bottom <= cRect.top || cInput.m_nXRes != cInput.m_nYRes, "a rectangle's top is above its bottom");
+    Promise(cRect.bottom <= cRect.top || cInput.m_nXRes != cInput.m_nYRes || dRotation != 0.0,
+            "a rectangle's top is above its bottom");
 }
 
 void AddFingers(ClDigest& cDigest, const ClIpFourPrintSegmentation& cProcessor, const ClImage& cInput)
@@ -48,7 +50,7 @@ void AddFingers(ClDigest& cDigest, const ClIpFourPrintSegmentation& cProcessor, 
     {
         const tagRECT& cRect = cProcessor.m_aRects[i];
         const ClImage& cFinger = cProcessor.m_aImages[i];
-        PromiseRectangle(cInput, cRect);
+        PromiseRectangle(cInput, cProcessor.m_dRotation, cRect);
         Promise(cFinger.m_nWidth <= 500 && cFinger.m_nHeight <= 500, "images of at most 500 by 500");
         Promise(cFinger.m_nXRes == cInput.m_nXRes && cFinger.m_nYRes == cInput.m_nYRes, "the input's resolution");
         Promise(cFinger.Data() != nullptr && cFinger.m_nPlanes == 1, "an image of each finger");

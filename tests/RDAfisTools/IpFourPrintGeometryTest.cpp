@@ -268,6 +268,14 @@ TEST(IpFourPrintGeometry, ARotatedBoxIsMappedBackToTheLastDigit)
     }
 }
 
+TEST(IpFourPrintGeometry, ARotatedBoxAboveTheInputsRowsHasItsTopBelowItsBottom)
+{
+    // The turned picture is higher than the input, whose last row limits the top alone, before the box is turned back.
+    ClBoxFixture c(560, 560, {});
+    c.m_c.m_dRotation = 1.371807;
+    EXPECT_EQ((Place{476, 553, 502, 474}), PlaceOf(c, MakeBox(0, 70, 41, 97), MakeBox(484, 594, 561, 659)));
+}
+
 TEST(IpFourPrintGeometry, ARotatedRectangleNeverLeavesTheInput)
 {
     ClBoxFixture c(1200, 900, {});
