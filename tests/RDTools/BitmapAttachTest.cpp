@@ -1,3 +1,4 @@
+#include "FailingHeap.hpp"
 #include "RDTools/Bitmap.hpp"
 #include "RDTools/BitmapChecks.hpp"
 #include "RDTools/FpImage.hpp"
@@ -329,11 +330,18 @@ TEST(BitmapAttach, ABitmapOutlivesTheImageWhosePixelsItShows)
     EXPECT_EQ(17, cBitmap.Line(4)[12]);
 }
 
+/// A block for 13 by 5 pixels of 8 bits as CheckPtr takes it over.
+unsigned char* NewBlock()
+{
+    unsigned char* pBlock = ClBitmap::BitmapAlloc(13, 5, 8, 0, true);
+    ClBitmap::FillBI(reinterpret_cast<tagBITMAPINFOHEADER*>(pBlock), 13, 5, 8, 0);
+    return pBlock;
+}
+
 TEST(BitmapAttach, CheckPtrTakesABlockOver)
 {
     ClBitmap cBitmap(3, 3, 24, 0);
-    unsigned char* pBlock = ClBitmap::BitmapAlloc(13, 5, 8, 0, true);
-    ClBitmap::FillBI(reinterpret_cast<tagBITMAPINFOHEADER*>(pBlock), 13, 5, 8, 0);
+    unsigned char* pBlock = NewBlock();
     std::uint32_t* pTable = cBitmap.CheckPtr(pBlock, 0);
     EXPECT_EQ(pBlock + 40, reinterpret_cast<unsigned char*>(pTable));
     EXPECT_EQ(pBlock, reinterpret_cast<unsigned char*>(cBitmap.m_pBIH.get()));
@@ -347,9 +355,7 @@ TEST(BitmapAttach, CheckPtrTakesABlockOver)
     EXPECT_RAISES(cBitmap.CheckPtr(nullptr, 0), ClException, -10, "The input image is not valid.\nNo Bitmap to Attach");
     for (const auto& [nSize, nCode] : {std::pair(39ul, -21), std::pair(40ul + 1023, -21), std::pair(40ul + 1025, -21)})
     {
-        pBlock = ClBitmap::BitmapAlloc(13, 5, 8, 0, true);
-        ClBitmap::FillBI(reinterpret_cast<tagBITMAPINFOHEADER*>(pBlock), 13, 5, 8, 0);
-        EXPECT_RAISES_CODE(cBitmap.CheckPtr(pBlock, nSize), nCode);
+        EXPECT_RAISES_CODE(cBitmap.CheckPtr(NewBlock(), nSize), nCode);
     }
 }
 
@@ -365,5 +371,53 @@ TEST(BitmapAttach, CheckPtrOwnsABlockWithAFileHeaderFromItsBeginning)
     pBlock = ClBitmap::BitmapAlloc(13, 6, 8, 0, true);
     std::memcpy(pBlock, aFile.data(), aFile.size());
     EXPECT_RAISES_CODE(cBitmap.CheckPtr(pBlock, 14), -10);
+}
+
+TEST(BitmapAttach, ABlockThatIsTakenOverGoesWithTheBitmapOrWithTheNextBlock)
+{
+    const long nNone = ClFailingHeap::LiveBlocks();
+    {
+        ClBitmap cBitmap;
+        const long nEmpty = ClFailingHeap::LiveBlocks();
+        cBitmap.m_pPalette = cBitmap.CheckPtr(NewBlock(), 0);
+        cBitmap.ResetPixel();
+        const long nWithBlock = ClFailingHeap::LiveBlocks();
+        EXPECT_LT(nEmpty, nWithBlock);
+        cBitmap.m_pPalette = cBitmap.CheckPtr(NewBlock(), 40 + 1024 + 80);
+        cBitmap.ResetPixel();
+        EXPECT_EQ(nWithBlock, ClFailingHeap::LiveBlocks());
+    }
+    EXPECT_EQ(nNone, ClFailingHeap::LiveBlocks());
+}
+
+TEST(BitmapAttach, ABlockThatIsRefusedGoesAtOnce)
+{
+    ClBitmap cBitmap;
+    EXPECT_RAISES_CODE(cBitmap.CheckPtr(NewBlock(), 39), -21); // what the text of an error needs once is there now
+    const long nEmpty = ClFailingHeap::LiveBlocks();
+    for (const unsigned long nSize : {1ul, 39ul, 40ul + 1023, 40ul + 1024 + 79})
+    {
+        EXPECT_RAISES_CODE(cBitmap.CheckPtr(NewBlock(), nSize), -21);
+        EXPECT_EQ(nEmpty, ClFailingHeap::LiveBlocks()) << nSize;
+    }
+}
+
+TEST(BitmapAttach, WhatABitmapMakesForItselfGoesWithIt)
+{
+    ClImage cImage;
+    FillRandom8(cImage, 13, 5, 3);
+    const Bytes_t aBlock = PackedBitmap(13, 5, 8);
+    const long nNone = ClFailingHeap::LiveBlocks();
+    {
+        ClBitmap cMade(13, 5, 8, 0);
+        ClBitmap cOfImage(cImage, true);
+        ClBitmap cOfBitmap(cMade, true);
+        ClBitmap cOfBlock;
+        cOfBlock.CopyFrom(aBlock.data(), true);
+        cMade = cOfBlock;
+        cOfBitmap.Create(7, 9, 24, 0);
+        EXPECT_LT(nNone, ClFailingHeap::LiveBlocks());
+    }
+    EXPECT_EQ(nNone, ClFailingHeap::LiveBlocks());
 }
 } // namespace
