@@ -7,10 +7,55 @@
 #include "TestTools.hpp"
 
 #include <string>
+#include <type_traits>
 #include <vector>
 
+/// All that can be seen of an image: its description, and its samples without the padding.
+inline std::vector<unsigned char> Seen(const ClImage& cImage)
+{
+    std::vector<unsigned char> aSeen = {cImage.m_eDataType, static_cast<unsigned char>(cImage.m_eContent)};
+    const auto append = [&](auto value)
+    {
+        const auto* p = reinterpret_cast<const unsigned char*>(&value);
+        aSeen.insert(aSeen.end(), p, p + sizeof value);
+    };
+    for (const int n :
+         {cImage.m_nWidth, cImage.m_nHeight, cImage.m_nXRes, cImage.m_nYRes, cImage.m_nPlanes, cImage.m_nAttribute})
+    {
+        append(n);
+    }
+    append(cImage.m_dBlack);
+    append(cImage.m_dWhite);
+    const auto nBytes = cImage.SamplesPerRow() * ClImage::SampleSize(cImage.m_eDataType);
+    for (int y = 0; y < cImage.m_nHeight && cImage.Data() != nullptr; ++y)
+    {
+        const auto* pRow = Row<unsigned char>(cImage, y);
+        aSeen.insert(aSeen.end(), pRow, pRow + nBytes);
+    }
+    return aSeen;
+}
+
+using OperatorName_t = std::string (*)();
+
+/// One for each operator of which the program lets a run fail, known before the first test begins.
+inline std::vector<OperatorName_t>& OperatorsThatFail()
+{
+    static std::vector<OperatorName_t> aNames;
+    return aNames;
+}
+
+/// Enters an operator above where it is used, whether that is ever run or not.
+template <class Operator> struct TpOperatorThatFails
+{
+    static const bool m_bEntered;
+};
+template <class Operator>
+const bool TpOperatorThatFails<Operator>::m_bEntered =
+    (OperatorsThatFail().push_back([] { return std::string(Operator().Name()); }), true);
+
 /// A run of a new operator on a copy of an image, to another image or in place. run(operator, from, to) returns the
-/// operator's result and leaves in "to" what there is to see.
+/// operator's result and leaves in "to" what there is to see; one that makes further images takes room for two of them
+/// as its fourth argument.
 template <class Operator, class Run> class ClOperatorCase
 {
 public:
@@ -18,16 +63,24 @@ public:
     {
         m_cWork = m_cIn;
     }
-    long Call() { return m_run(m_cOperator, m_cWork, Target()); }
+    long Call()
+    {
+        if constexpr (std::is_invocable_v<const Run&, Operator&, ClImage&, ClImage&, ClImage(&)[2]>)
+        {
+            return m_run(m_cOperator, m_cWork, Target(), m_acFurther);
+        }
+        else
+        {
+            return m_run(m_cOperator, m_cWork, Target());
+        }
+    }
     std::vector<unsigned char> See()
     {
-        const ClImage& cTarget = Target();
-        std::vector<unsigned char> aSeen = {cTarget.m_eDataType, static_cast<unsigned char>(cTarget.m_nPlanes)};
-        const auto nBytes = cTarget.SamplesPerRow() * ClImage::SampleSize(cTarget.m_eDataType);
-        for (int y = 0; y < cTarget.m_nHeight && cTarget.Data() != nullptr; ++y)
+        std::vector<unsigned char> aSeen = Seen(Target());
+        for (const ClImage& cFurther : m_acFurther)
         {
-            const auto* pRow = Row<unsigned char>(cTarget, y);
-            aSeen.insert(aSeen.end(), pRow, pRow + nBytes);
+            const std::vector<unsigned char> aMore = Seen(cFurther);
+            aSeen.insert(aSeen.end(), aMore.begin(), aMore.end());
         }
         return aSeen;
     }
@@ -48,6 +101,7 @@ private:
     Operator m_cOperator;
     ClImage m_cWork;
     ClImage m_cOut;
+    ClImage m_acFurther[2];
 };
 
 class OperatorMemory : public testing::Test
@@ -77,6 +131,7 @@ private:
     template <class Operator, class Run> void ExpectFailuresPass(const ClImage& cIn, const Run& run, bool bInPlace)
     {
         SCOPED_TRACE(bInPlace ? "in place" : "to another image");
+        EXPECT_TRUE(TpOperatorThatFails<Operator>::m_bEntered);
         const long nFailures = FailEveryAllocation(EUnderFailure::eRaises,
                                                    [&] { return ClOperatorCase<Operator, Run>(cIn, run, bInPlace); });
         EXPECT_TRUE(bInPlace || nFailures > 0) << "nothing was allocated";

@@ -248,11 +248,8 @@ TEST_F(OperatorMemory, SplittingAndJoining)
     ClImage cIn;
     MakePicture(cIn, ClImage::eUInt16, 4);
     ExpectFailuresPass<ClIpSplitPlanes>(cIn,
-                                        [](ClIpSplitPlanes& cOperator, ClImage& cFrom, ClImage& cTo)
-                                        {
-                                            ClImage cFirst, cThird;
-                                            return cOperator.ApplyParam(cFrom, &cFirst, &cTo, &cThird, nullptr);
-                                        });
+                                        [](ClIpSplitPlanes& cOperator, ClImage& cFrom, ClImage& cTo, ClImage(&cMore)[2])
+                                        { return cOperator.ApplyParam(cFrom, &cMore[0], &cTo, &cMore[1], nullptr); });
     ClImage cPlane;
     MakePicture(cPlane, ClImage::eUInt16, 1);
     ExpectFailuresPass<ClIpJoinPlanes>(cPlane,
