@@ -9,6 +9,7 @@
 #include "RDImageProcessing/IpBinarizeAutoThreshold.hpp"
 #include "RDImageProcessing/IpBinarizeGlobal.hpp"
 #include "RDImageProcessing/IpConnectedComponent2.hpp"
+#include "RDImageProcessing/IpConvertDataType.hpp"
 #include "RDImageProcessing/IpCut.hpp"
 #include "RDImageProcessing/IpCutBiggestComponent.hpp"
 #include "RDImageProcessing/IpDelta.hpp"
@@ -16,12 +17,13 @@
 #include "RDImageProcessing/IpFilterMidRotating.hpp"
 #include "RDImageProcessing/IpFloodFillLabeling.hpp"
 #include "RDImageProcessing/IpGammaCorrection.hpp"
-#include "RDImageProcessing/IpLabeling.hpp"
 #include "RDImageProcessing/IpRescale.hpp"
+#include "RDImageProcessing/IpRgbToGrey.hpp"
 #include "RDImageProcessing/IpRotate.hpp"
 #include "RDImageProcessing/IpStretchRangeGlobalNoiseRemoving.hpp"
 #include "RDTools/Bitmap.hpp"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <exception>
@@ -58,6 +60,8 @@ struct StPictures
         Objects(cHand, 5, cHandObjects);
         Objects(cFinger, 20, cFingerObjects);
         ClIpFilterMid().ApplyParam(cHand, cSmoothHand, 5);
+        Components(cHandObjects, &cHandLabels);
+        InColour();
     }
 
     void Reduce(ClImage& cOut) { ClIpRescale().ApplyParamPels(cSlap, cOut, 3937, 3937, ClIpRescale::ModeBiLinear); }
@@ -70,11 +74,12 @@ struct StPictures
     {
         ClIpBinarizeAutoThreshold().ApplyParam(cIn, cOut, eMode);
     }
-    static void Components(ClImage& cIn)
+    static void Components(ClImage& cIn, ClImage* pLabels = nullptr)
     {
         ClIpConnectedComponent2::ComponentsArray_t aComponents;
         ClIpConnectedComponent2 cMeasure;
         cMeasure.pInImage = &cIn;
+        cMeasure.m_pOutImage = pLabels;
         cMeasure.m_pComponents = &aComponents;
         cMeasure.Apply();
     }
@@ -102,7 +107,9 @@ struct StPictures
     ClImage cFinger; ///< 500 by 600 pixels
     ClImage cHandObjects;
     ClImage cFingerObjects;
+    ClImage cHandLabels;
     ClImage cSmoothHand;
+    ClImage cColourSlap; ///< the slap in three planes
 
 private:
     static void Objects(ClImage& cIn, int nSmoothing, ClImage& cOut)
@@ -111,6 +118,16 @@ private:
         ClIpFilterMid().ApplyParam(cIn, cSmooth, nSmoothing);
         Threshold(cSmooth, cOut, ClIpBinarizeAutoThreshold::ModeFuzzyEntropy);
     }
+    void InColour()
+    {
+        cColourSlap.NewWithType(ClImage::eUInt8, cSlap.m_nWidth, cSlap.m_nHeight, 3, cSlap.m_nXRes, cSlap.m_nYRes);
+        for (int y = 0; y < cSlap.m_nHeight; ++y)
+        {
+            const unsigned char* pGrey = Row<unsigned char>(cSlap, y);
+            unsigned char* p = Row<unsigned char>(cColourSlap, y);
+            for (int x = 0; x < cSlap.m_nWidth; ++x, p += 3) std::fill_n(p, 3, pGrey[x]);
+        }
+    }
 };
 
 using Threshold_t = ClIpBinarizeAutoThreshold;
@@ -118,6 +135,7 @@ using Threshold_t = ClIpBinarizeAutoThreshold;
 
 // Name, and what is done with the pictures c and an empty image cOut.
 #define OPERATORS(X)                                                                                                   \
+    X(Grey_slap, ClIpRgbToGrey().ApplyParam(c.cColourSlap, cOut, ClIpRgbToGrey::Luminance))                            \
     X(Reduce5_slap, c.Reduce(cOut))                                                                                    \
     X(Gamma_hand, ClIpGammaCorrection().ApplyParam(c.cHand, cOut, 0, 255, 0.8))                                        \
     X(Box5_hand, ClIpFilterMid().ApplyParam(c.cHand, cOut, 5))                                                         \
@@ -125,6 +143,7 @@ using Threshold_t = ClIpBinarizeAutoThreshold;
     X(Stretch_hand, ClIpStretchRangeGlobalNoiseRemoving().ApplyParam(c.cHand, cOut, 0.02, 0.07))                       \
     X(AutoThresholdYager_hand, c.Threshold(c.cHand, cOut, Threshold_t::ModeFuzzyYager))                                \
     X(Components_hand, c.Components(c.cHandObjects))                                                                   \
+    X(Convert_hand, ClIpConvertDataType().ApplyParam(c.cHandLabels, cOut, ClImage::eUInt8))                            \
     X(Delta_hand, ClIpDelta().ApplyParam(c.cSmoothHand, c.cHand, cOut, 255))                                           \
     X(Histogram_hand, ClHistogram().Create(c.cHand))                                                                   \
     X(TurnNearest_slap, c.Turn(cOut, false))                                                                           \

@@ -8,6 +8,7 @@
 #include "RDImageProcessing/IpBinarizeAutoThreshold.hpp"
 #include "RDImageProcessing/IpBinarizeGlobal.hpp"
 #include "RDImageProcessing/IpConnectedComponent2.hpp"
+#include "RDImageProcessing/IpConvertDataType.hpp"
 #include "RDImageProcessing/IpCut.hpp"
 #include "RDImageProcessing/IpCutBiggestComponent.hpp"
 #include "RDImageProcessing/IpFilterMid.hpp"
@@ -76,6 +77,17 @@ template <bool bLabelImage> void Components(benchmark::State& cState)
                cMeasure.pInImage = &cObjects;
                cMeasure.Apply();
            });
+}
+
+/// Labels to 8 bits, as the detection cuts objects apart by them.
+void Convert(benchmark::State& cState)
+{
+    ClImage cLabels, cOut;
+    ClIpLabeling cLabeling;
+    cLabeling.m_pInImage = &ObjectsOf(static_cast<int>(cState.range(0)));
+    cLabeling.m_pOutImage = &cLabels;
+    cLabeling.Apply();
+    Repeat(cState, [&](ClImage&, ClImage&) { ClIpConvertDataType().ApplyParam(cLabels, cOut, ClImage::eUInt8); });
 }
 
 void FloodFillLabeling(benchmark::State& cState)
@@ -212,6 +224,15 @@ void OpenCvLabels(benchmark::State& cState)
     Repeat(cState, [&](ClImage&, ClImage&) { cv::connectedComponents(cObjects, cLabels, 4); });
 }
 
+/// Clamps, where the operator keeps the low bits.
+void OpenCvConvert(benchmark::State& cState)
+{
+    cv::setNumThreads(1);
+    cv::Mat cLabels, cOut;
+    cv::connectedComponents(InvertedObjects(cState), cLabels, 4);
+    Repeat(cState, [&](ClImage&, ClImage&) { cLabels.convertTo(cOut, CV_8U); });
+}
+
 void OpenCvFloodFill(benchmark::State& cState)
 {
     cv::setNumThreads(1);
@@ -287,6 +308,7 @@ bool RegisterAll()
     small("Labels", Labels);
     all("Components", Components<false>);
     small("ComponentsAndLabels", Components<true>);
+    small("Convert", Convert);
     small("FloodFillLabeling", FloodFillLabeling);
     small("FloodFill", FloodFillGround);
     small("CountFill", CountFill);
@@ -304,6 +326,7 @@ bool RegisterAll()
     Register("Grey/opencv", OpenCvGrey, {1600});
     small("Labels/opencv", OpenCvLabels);
     all("Components/opencv", OpenCvComponents);
+    small("Convert/opencv", OpenCvConvert);
     small("FloodFill/opencv", OpenCvFloodFill);
     small("Histogram/opencv", OpenCvHistogram);
     small("Table/opencv", OpenCvTable);

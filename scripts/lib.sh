@@ -9,6 +9,7 @@ test_packages=(libgtest-dev libgmock-dev pkg-config python3-numpy python3-pytest
 tool_packages=(libcli11-dev nlohmann-json3-dev libpng-dev libjpeg62-turbo-dev libtiff-dev libopenjp2-7-dev)
 package_packages=(dpkg-dev fakeroot file gzip help2man lintian man-db python3)
 bench_packages=(libbenchmark-dev)
+opencv_packages=(libopencv-imgproc-dev)
 abi_packages=(abigail-tools)
 sheet_packages=(libgd-dev)
 scale_packages=(slurmctld slurmd slurm-client munge parallel openssh-server openssh-client)

@@ -3,7 +3,7 @@
 
 Writes the tables of DOCS/performance.md, which stand between comments, from what performance.sh has measured in the
 folder MEASURED, and prints the table of the goals. Figures of an earlier state stand in DOCS/performance-before.json;
---before makes that file anew. Fails if a goal is not reached.
+--before makes that file anew. Fails if a goal is not reached or was not measured.
 """
 import json
 import os
@@ -274,7 +274,10 @@ def main(arguments):
     with open(document, "w", encoding="utf-8") as file:
         file.write(text)
     print(goal_table(reached))
-    return 0 if all(is_reached(*entry[1:]) for entry in reached if entry[1] is not None) else 1
+    missed = [entry for entry in reached if not is_reached(*entry[1:])]
+    for what, figure, _, _ in missed:
+        print(f"{'not measured' if figure is None else 'not reached'}: {what}", file=sys.stderr)
+    return 1 if missed else 0
 
 
 if __name__ == "__main__":

@@ -3,12 +3,12 @@
 # Measures the time of every operator, stage and whole run, the instructions of the operators under callgrind and the
 # memory of runs, and writes the tables of docs/performance.md anew, the one with the goals first. Prints that table.
 # With COMMIT the times and instructions of that state are measured, too, and kept in docs/performance-before.json for
-# the columns "before". Fails if a goal is not reached. Uses real slap pictures and OpenCV as bench.sh does. Wants a quiet
-# machine, and takes about four minutes beside the build. Installs what it needs and is not there yet.
+# the columns "before". Fails if a goal is not reached or could not be measured. Uses real slap pictures as bench.sh does.
+# Wants a quiet machine, and takes about four minutes beside the build. Installs what it needs and is not there yet.
 set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
 
-install_missing "${build_packages[@]}" "${bench_packages[@]}" git python3 valgrind
+install_missing "${build_packages[@]}" "${bench_packages[@]}" "${opencv_packages[@]}" git python3 valgrind
 use_real_slaps
 work=$repository/build/performance
 programs=$repository/build/release
