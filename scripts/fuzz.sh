@@ -32,7 +32,8 @@ if [ -z "$merge" ] && [ $# -gt 0 ]; then
     shift
 fi
 [[ $seconds =~ ^[0-9]+$ && $processes =~ ^[1-9][0-9]*$ ]] || usage
-install_missing "${build_packages[@]}" clang-14 libclang-rt-14-dev
+# The sanitizers take the names in their stacks from llvm-14's symbolizer, which they know where to find.
+install_missing "${build_packages[@]}" clang-14 libclang-rt-14-dev llvm-14
 configure fuzz
 build fuzz kormelin_fuzzers
 targets=("$@")
