@@ -387,7 +387,7 @@ TEST_F(MalformedBitmap, ResolutionsNearTheWorkingOneAndThatOfRowsOnlyGoIntoTheSe
             EXPECT_TRUE(aExpected == cHandle.Segments());
         }
     };
-    for (const std::uint32_t nPels : {3900, 3936, 3938, 4000, 4015})
+    for (const std::uint32_t nPels : {3900u, 3936u, 3938u, 4000u, 4015u})
     {
         expect(nAtXPels, nPels);
     }
@@ -562,7 +562,7 @@ TEST_F(MalformedBitmap, FileHeaderIsSkippedOnceAndNotRead)
 
 TEST_F(MalformedBitmap, BytesBehindThePixelsAreNotLookedAtAndMoveTheBlockOffItsAlignment)
 {
-    for (const std::size_t nMore : {1, 2, 3, 5, 4096, 100001})
+    for (const std::size_t nMore : {1u, 2u, 3u, 5u, 4096u, 100001u})
     {
         Block aLonger(m_aGood.size() + nMore, 0);
         std::copy(m_aGood.begin(), m_aGood.end(), aLonger.begin());
