@@ -166,11 +166,6 @@ int HeightOf(const ClVector& cCenter)
 {
     return CastSample<int>(cCenter.m_dY);
 }
-
-bool SameColumn(const ClVector& cOther, const ClVector& cOf)
-{
-    return cOther.m_dX < cOf.m_dX + dColumn && cOther.m_dX > cOf.m_dX - dColumn;
-}
 } // namespace
 
 long ClIpFourPrintSegmentation::ApplyRulesToGetRightFingerSegments(Components_t& aComponents, ClImage&,
@@ -187,13 +182,8 @@ long ClIpFourPrintSegmentation::ApplyRulesToGetRightFingerSegments(Components_t&
     {
         return FPC_SUCCESS;
     }
-    KeepTopOfEachColumn(aSelected);
+    KeepTopOfEachColumn(aSelected); // need not be repeated for five or more: nothing would be left to find
     ClearPalm(aSelected, nSecond);
-    if (m_nFingers < nTooMany)
-    {
-        return FPC_SUCCESS;
-    }
-    ClearValidInColumns(aSelected);
     if (m_nFingers < nTooMany)
     {
         return FPC_SUCCESS;
@@ -327,27 +317,6 @@ void ClIpFourPrintSegmentation::ClearPalm(Marks_t& aSelected, int nSecond)
             aSelected[i] = 0;
         }
         m_nFingers += aSelected[i] != 0 ? 1 : 0;
-    }
-}
-
-/// The column rule once more, among valid candidates only.
-void ClIpFourPrintSegmentation::ClearValidInColumns(Marks_t& aSelected)
-{
-    for (unsigned long i = 0; i < m_aCenters.Entries(); ++i)
-    {
-        if (aSelected[i] == 0)
-        {
-            continue;
-        }
-        for (unsigned long j = 0; j < m_aCenters.Entries(); ++j)
-        {
-            if (j != i && aSelected[j] != 0 && SameColumn(m_aCenters[i], m_aCenters[j]) &&
-                m_aCenters[i].m_dY < m_aCenters[j].m_dY)
-            {
-                aSelected[i] = 0;
-                --m_nFingers;
-            }
-        }
     }
 }
 

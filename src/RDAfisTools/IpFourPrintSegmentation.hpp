@@ -202,7 +202,6 @@ private:
     int RemoveStrayAbove(Marks_t& aSelected);
     void KeepTopOfEachColumn(Marks_t& aSelected) const;
     void ClearPalm(Marks_t& aSelected, int nSecond);
-    void ClearValidInColumns(Marks_t& aSelected);
     void ClearSmallExtra(Marks_t& aSelected);
     void ClearLoneCandidate(Marks_t& aSelected);
 
