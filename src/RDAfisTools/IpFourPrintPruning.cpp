@@ -50,7 +50,8 @@ double SharedArea(const StPlace& cFirst, const StPlace& cSecond)
 }
 
 /// How far each of the boxes stands above the others: the sum of the sines of the slopes from them up to it. The sums
-/// are of single precision and run in the order of the boxes; which is the smallest depends on how they round.
+/// are of single precision and run in the order of the boxes; which is the smallest depends on how they round. A sum is
+/// worked out anew only if the estimates leave it open and a box of another height has gone since.
 class ClRises
 {
 public:
@@ -61,13 +62,13 @@ public:
         for (int i = 0; i < nCount; ++i)
         {
             const StPlace cPlace(cOwner, aBoxes, aOrigins, i);
-            m_aBoxes[static_cast<unsigned long>(i)] = {cPlace.CenterX(), cPlace.CenterY(), 0.0, 0.0};
+            m_aBoxes[static_cast<unsigned long>(i)] = {cPlace.CenterX(), cPlace.CenterY(), 0.0, 0.0, 0.0f, false};
         }
         Estimate();
     }
 
-    /// The first of the boxes whose sum is the smallest. Only where the estimates leave it open a sum is worked out.
-    int Lowest() const
+    /// The first of the boxes whose sum is the smallest.
+    int Lowest()
     {
         double dLimit = m_aBoxes[0].dRise + m_aBoxes[0].dError;
         for (unsigned long i = 1; i < m_nCount; ++i)
@@ -99,7 +100,9 @@ public:
         const auto nGone = static_cast<unsigned long>(nBox);
         for (unsigned long i = 0; i < m_nCount; ++i)
         {
-            m_aBoxes[i].dRise -= i != nGone ? static_cast<double>(Sine(i, nGone)) : 0.0;
+            const float fSine = i != nGone ? Sine(i, nGone) : 0.0f;
+            m_aBoxes[i].dRise -= static_cast<double>(fSine);
+            m_aBoxes[i].bSummed = m_aBoxes[i].bSummed && fSine == 0.0f; // zeros leave the sum as it is
         }
         std::copy(m_aBoxes.m_pData + nGone + 1, m_aBoxes.m_pData + m_nCount, m_aBoxes.m_pData + nGone);
         --m_nCount;
@@ -116,6 +119,8 @@ private:
         float fY;
         double dRise;  // the sum without its rounding
         double dError; // at most this far from the rounded one
+        float fSum;    // the rounded one
+        bool bSummed;  // it is known
     };
 
     float Sine(unsigned long nBox, unsigned long nOther) const
@@ -125,18 +130,19 @@ private:
         return sinf(static_cast<float>(std::atan2(static_cast<double>(fDy), static_cast<double>(fDx))));
     }
 
-    float Sum(unsigned long nBox) const
+    float Sum(unsigned long nBox)
     {
-        float fSum = 0.0f;
-        if (m_aBoxes[nBox].dError == 0.0) // all are of the same height
+        StBox& cBox = m_aBoxes[nBox];
+        if (!cBox.bSummed)
         {
-            return fSum;
+            cBox.fSum = 0.0f;
+            for (unsigned long i = 0; i < m_nCount; ++i)
+            {
+                cBox.fSum += i != nBox ? Sine(nBox, i) : 0.0f;
+            }
+            cBox.bSummed = true;
         }
-        for (unsigned long i = 0; i < m_nCount; ++i)
-        {
-            fSum += i != nBox ? Sine(nBox, i) : 0.0f;
-        }
-        return fSum;
+        return cBox.fSum;
     }
 
     /// A sum of n terms in single precision is off by at most n * 2^-24 / (1 - n * 2^-24) times the sum of their
@@ -149,16 +155,19 @@ private:
                                                     : std::numeric_limits<double>::infinity();
         for (unsigned long i = 0; i < m_nCount; ++i)
         {
-            double dSum = 0.0;
+            StBox& cBox = m_aBoxes[i];
+            cBox.dRise = 0.0;
+            cBox.fSum = 0.0f;
             double dAbsolute = 0.0;
             for (unsigned long j = 0; j < m_nCount; ++j)
             {
-                const double dSine = i != j ? static_cast<double>(Sine(i, j)) : 0.0;
-                dSum += dSine;
-                dAbsolute += std::fabs(dSine);
+                const float fSine = i != j ? Sine(i, j) : 0.0f;
+                cBox.fSum += fSine;
+                cBox.dRise += static_cast<double>(fSine);
+                dAbsolute += std::fabs(static_cast<double>(fSine));
             }
-            m_aBoxes[i].dRise = dSum;
-            m_aBoxes[i].dError = dAbsolute > 0.0 ? dShare * dAbsolute : 0.0;
+            cBox.bSummed = true;
+            cBox.dError = dAbsolute > 0.0 ? dShare * dAbsolute : 0.0;
         }
         m_nEstimated = m_nCount;
     }
