@@ -45,10 +45,10 @@ long CodeOfLayout(int nWidth, int nHeight, int nDepth, int nCompression, std::si
 
 void ExpectCodes(ClModeHandle& cHandle, long nExpected, const unsigned char* pBytes, std::size_t nSize)
 {
-    for (const EGuard eGuard : {EGuard::eBehind, EGuard::eBefore})
+    for (const EGuard eGuard : {EGuard::eBehind, EGuard::eBefore, EGuard::eOdd})
     {
         const ClReadOnlyBytes cBytes(pBytes, nSize, eGuard);
-        ASSERT_EQ(nExpected, cHandle.Segment(cBytes.Data(), nSize)) << nSize << " bytes";
+        ASSERT_EQ(nExpected, cHandle.Segment(cBytes, nSize)) << nSize << " bytes";
     }
 }
 
@@ -140,8 +140,8 @@ TEST(BitmapBlock, EveryWidthOfEveryDepthIsReadToItsLastByteAndNoFurther)
                     }
                     // Without a size no byte behind the pixels is touched, either.
                     const ClReadOnlyBytes cUnknown(aBytes);
-                    ASSERT_EQ(nInFingers, cFingers.Segment(cUnknown.Data(), 0));
-                    ASSERT_EQ(nInBiggest, cBiggest.Segment(cUnknown.Data(), 0));
+                    ASSERT_EQ(nInFingers, cFingers.Segment(cUnknown, 0));
+                    ASSERT_EQ(nInBiggest, cBiggest.Segment(cUnknown, 0));
                 }
             }
         }
@@ -160,12 +160,12 @@ TEST(BitmapBlock, RowsFromTheTopDownAreRefusedWhateverTheSize)
             for (const long nMode : g_anModes)
             {
                 ClModeHandle cHandle(nMode);
-                EXPECT_EQ(-21, cHandle.Segment(cBytes.Data(), cBytes.Size())) << nDepth;
+                EXPECT_EQ(-21, cHandle.Segment(cBytes)) << nDepth;
                 const long nUnknown = nDepth == 24 || nDepth == 32      ? -11
                                       : nDepth != 8                     ? -12
                                       : nMode == ClModeHandle::nFingers ? -15
                                                                         : -101;
-                EXPECT_EQ(nUnknown, cHandle.Segment(cBytes.Data(), 0)) << nDepth << " bits, height " << nHeight;
+                EXPECT_EQ(nUnknown, cHandle.Segment(cBytes, 0)) << nDepth << " bits, height " << nHeight;
             }
         }
     }

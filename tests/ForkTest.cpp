@@ -1,7 +1,8 @@
 // A process that goes on with the library after fork, with handles from before and with new ones.
 
+#include "GuardedSlapRunner.hpp"
+#include "ReadOnlySegment.hpp"
 #include "SlapPicture.hpp"
-#include "SlapRun.hpp"
 #include "VelmarinKormelinSegmentation.h"
 
 #include <gtest/gtest.h>
@@ -14,11 +15,11 @@
 
 namespace
 {
-using Block = std::vector<unsigned char>;
+using Block = ClGuardedVector;
 
-const Block& Picture()
+const std::vector<unsigned char>& Picture()
 {
-    static const Block aBlock = ClSlapPicture(SlapScenes::TwoFingers(3937)).Block();
+    static const std::vector<unsigned char> aBlock = ClSlapPicture(SlapScenes::TwoFingers(3937)).Block();
     return aBlock;
 }
 
@@ -34,10 +35,11 @@ bool HoldsInAChild(const std::function<bool()>& fnChild)
     return nChild > 0 && waitpid(nChild, &nStatus, 0) == nChild && WIFEXITED(nStatus) && WEXITSTATUS(nStatus) == 0;
 }
 
+/// Runs on the same blocks in parent and child.
 bool Segments(void* hSegmentation)
 {
-    return KSSegmentBitmap(hSegmentation, reinterpret_cast<const tagBITMAPINFOHEADER*>(Picture().data()),
-                           Picture().size()) == 0;
+    static const ClMovingInput cInput(Picture());
+    return SegmentReadOnly(hSegmentation, cInput.Place(0)) == 0 && SegmentReadOnly(hSegmentation, cInput.Place(1)) == 0;
 }
 
 /// The bitmap of a segment; empty if a call fails.
@@ -150,8 +152,8 @@ TEST(ForkBeforeTheFirstCall, ChildrenGiveTheSameBits)
 {
     const auto work = []
     {
-        const ClSlapRunResult cFirst = ClSlapRunner(0).Run(Picture());
-        return cFirst.m_nCount == 2 && cFirst == ClSlapRunner(0).Run(Picture());
+        const ClSlapRunResult cFirst = ClGuardedSlapRunner(0).Run(Picture());
+        return cFirst.m_nCount == 2 && cFirst == ClGuardedSlapRunner(0).Run(Picture());
     };
     EXPECT_TRUE(HoldsInAChild(work));
     EXPECT_TRUE(HoldsInAChild(work));

@@ -9,7 +9,8 @@
 enum class EGuard
 {
     eBehind, ///< the bytes end where the page begins, and begin on whatever alignment their size gives
-    eBefore  ///< they begin where the page ends
+    eBefore, ///< they begin where the page ends
+    eOdd     ///< they begin at an odd address, and end at the page or, if their size is even, one byte before it
 };
 
 /// The pages of nSize bytes, zeroes, and how they are given back. Errors: std::runtime_error without memory for them.
@@ -50,6 +51,22 @@ public:
         : ClReadOnlyBytes(aBytes.data(), aBytes.size(), eGuard)
     {
     }
+};
+
+/// The input of a call that is made several times, each time at another place: exactly at a guard page, and at an odd
+/// address.
+class ClMovingInput
+{
+public:
+    template <class Bytes_t>
+    explicit ClMovingInput(const Bytes_t& aBytes) : m_cExact(aBytes), m_cOdd(aBytes, EGuard::eOdd)
+    {
+    }
+    const ClReadOnlyBytes& Place(long nCall) const { return nCall % 2 == 0 ? m_cExact : m_cOdd; } ///< nCall from 0
+
+private:
+    ClReadOnlyBytes m_cExact;
+    ClReadOnlyBytes m_cOdd;
 };
 
 /// Puts the elements of a vector in front of a guard page.

@@ -25,9 +25,12 @@ TEST(GuardedBytes, StandExactlyAtTheGuardPageWithWhatTheyWereGiven)
     {
         ClGuardedBytes cBehind(aBytes.data(), nSize);
         const ClReadOnlyBytes cBefore(aBytes.data(), nSize, EGuard::eBefore);
+        const ClReadOnlyBytes cOdd(aBytes.data(), nSize, EGuard::eOdd);
         EXPECT_TRUE(OnPageBoundary(cBehind.Data() + nSize)) << nSize;
         EXPECT_TRUE(OnPageBoundary(cBefore.Data())) << nSize;
-        for (const ClGuardedBytes* p : std::initializer_list<const ClGuardedBytes*>{&cBehind, &cBefore})
+        EXPECT_EQ(1u, reinterpret_cast<std::uintptr_t>(cOdd.Data()) % 2) << nSize;
+        EXPECT_TRUE(OnPageBoundary(cOdd.Data() + nSize + (nSize % 2 == 0 ? 1 : 0))) << nSize;
+        for (const ClGuardedBytes* p : std::initializer_list<const ClGuardedBytes*>{&cBehind, &cBefore, &cOdd})
         {
             EXPECT_EQ(nSize, p->Size());
             EXPECT_TRUE(std::equal(p->Data(), p->Data() + nSize, aBytes.data())) << nSize;
@@ -35,6 +38,19 @@ TEST(GuardedBytes, StandExactlyAtTheGuardPageWithWhatTheyWereGiven)
         std::memset(cBehind.Data(), 1, nSize);
         cBehind.ForbidWriting();
         EXPECT_EQ(static_cast<std::ptrdiff_t>(nSize), std::count(cBehind.Data(), cBehind.Data() + nSize, 1));
+    }
+}
+
+TEST(GuardedBytes, MovingInputIsAtAnotherPlaceInEverySecondCall)
+{
+    const std::vector<unsigned char> aBytes = {1, 2, 3, 4};
+    const ClMovingInput cInput(aBytes);
+    for (const long nCall : {0L, 1L, 2L, 3L})
+    {
+        const ClReadOnlyBytes& cBytes = cInput.Place(nCall);
+        EXPECT_EQ(nCall % 2 == 0, OnPageBoundary(cBytes.Data() + 4)) << nCall;
+        EXPECT_EQ(nCall % 2 == 0 ? 0u : 1u, reinterpret_cast<std::uintptr_t>(cBytes.Data()) % 2) << nCall;
+        EXPECT_TRUE(std::equal(aBytes.begin(), aBytes.end(), cBytes.Data())) << nCall;
     }
 }
 
@@ -79,8 +95,12 @@ TEST_F(GuardedBytesDeathTest, CannotBeReadBeforeTheirBeginning)
 
 TEST_F(GuardedBytesDeathTest, CannotBeWrittenOnceThatIsForbidden)
 {
-    const ClReadOnlyBytes cBytes("abcde", 5);
-    EXPECT_EQ('a', cBytes.Data()[0]);
-    EXPECT_DEATH(*const_cast<volatile unsigned char*>(cBytes.Data()) = 1, "");
+    for (const EGuard eGuard : {EGuard::eBehind, EGuard::eBefore, EGuard::eOdd})
+    {
+        const ClReadOnlyBytes cBytes("abcdef", 6, eGuard);
+        EXPECT_EQ('a', cBytes.Data()[0]);
+        EXPECT_DEATH(*const_cast<volatile unsigned char*>(cBytes.Data()) = 1, "");
+        EXPECT_DEATH(*const_cast<volatile unsigned char*>(cBytes.Data() + 5) = 1, "");
+    }
 }
 } // namespace

@@ -58,6 +58,11 @@ missing=$(find src -name '*.cpp' | sort | while read -r source; do
 done)
 report "Modules without a test file" "$missing"
 
+# --- what tests hand to the library cannot be written and ends where nothing can be read
+plain=$(grep -rnE --include='*.cpp' --include='*.hpp' --include='*.c' '\bKSSegmentBitmap\(|\bClSlapRunner\b' tests |
+    grep -vE '^tests/(ReadOnlySegment|GuardedSlapRunner|SegmentationModes)\.hpp:|KSSegmentBitmap\(([A-Za-z_.]+, nullptr,|%p)|Header\(OneObject\(\)\), 0\)')
+report "Tests that segment a bitmap without tests/ReadOnlySegment.hpp or tests/GuardedSlapRunner.hpp" "$plain"
+
 # --- length of files
 long=$(files | grep -E '^(src|tests|tools|examples|bench|include|fuzz)/.*\.(cpp|hpp|c|h)$' | while read -r file; do
     limit=600

@@ -56,11 +56,14 @@ Block Uniform(int nWidth, int nHeight)
     return aBlock;
 }
 
-/// The block is at a guard page, cannot be written, and is gone afterwards.
+/// A copy at a guard page, which cannot be written and is gone afterwards; the same at an odd address before.
 void Segment(ClKormelinSegmentationHandle& cHandle, const Block& aBlock)
 {
-    const ClReadOnlyBytes cBytes(aBlock);
-    cHandle.SegmentBitmap(Header(cBytes.Data()), cBytes.Size());
+    for (const EGuard eGuard : {EGuard::eOdd, EGuard::eBehind})
+    {
+        const ClReadOnlyBytes cBytes(aBlock, eGuard);
+        cHandle.SegmentBitmap(Header(cBytes.Data()), cBytes.Size());
+    }
 }
 
 Block BitmapOf(ClKormelinSegmentHandle& cSegment)
@@ -310,9 +313,9 @@ TEST(KormelinSegmentationHandle, RefusedColourImageLeavesTheSegmentsButReplacesT
 
 TEST(KormelinSegmentationHandle, SizeZeroTrustsTheHeader)
 {
-    const Block aBlock = OneObject();
+    const ClReadOnlyBytes cBlock(OneObject());
     ClBiggest cHandle;
-    cHandle.SegmentBitmap(Header(aBlock.data()), 0);
+    cHandle.SegmentBitmap(Header(cBlock.Data()), 0);
     EXPECT_EQ(1, cHandle.m_nCount);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KormelinSegmentation.hpp"
+#include "ReadOnlySegment.hpp"
 #include "TestTools.hpp"
 #include "VelmarinKormelinSegmentation.h"
 
@@ -17,11 +18,12 @@ inline const tagBITMAPINFOHEADER* Header(const Block& aBlock)
     return reinterpret_cast<const tagBITMAPINFOHEADER*>(aBlock.data());
 }
 
-/// The block is at a guard page, cannot be written, and is gone afterwards.
+/// The code of a run on a copy that is gone afterwards, the same at a guard page and at an odd address.
 inline long Segment(void* hSegmentation, const Block& aBlock)
 {
-    const ClReadOnlyBytes cBytes(aBlock);
-    return KSSegmentBitmap(hSegmentation, reinterpret_cast<const tagBITMAPINFOHEADER*>(cBytes.Data()), cBytes.Size());
+    const long nCode = SegmentReadOnly(hSegmentation, ClReadOnlyBytes(aBlock, EGuard::eOdd));
+    EXPECT_EQ(nCode, SegmentReadOnly(hSegmentation, ClReadOnlyBytes(aBlock)));
+    return nCode;
 }
 
 /// A white picture of 40 by 50 pixels with a dark rectangle: left 6, bottom 11, width 9, height 19.

@@ -148,7 +148,8 @@ TEST(Limits, SizesWhoseBuffersCannotBeHadAreOutOfMemoryAtOnce)
                                              [&]
                                              {
                                                  ClModeHandle cHandle(nMode);
-                                                 const long nCode = cHandle.Segment(cBitmap.m_pBytes, cBitmap.m_nSize);
+                                                 const long nCode =
+                                                     cHandle.SegmentAddress(cBitmap.m_pBytes, cBitmap.m_nSize);
                                                  if (nCode != FPC_ERROR_OUT_OF_MEMORY)
                                                  {
                                                      return static_cast<int>(-nCode);

@@ -271,6 +271,7 @@ protected:
                [&aBlock](ClModeHandle& cHandle)
                {
                    const long nCode = cHandle.SegmentCopy(aBlock, EGuard::eBefore);
+                   EXPECT_EQ(nCode, cHandle.SegmentCopy(aBlock, EGuard::eOdd));
                    EXPECT_EQ(nCode, cHandle.SegmentCopy(aBlock));
                    return nCode;
                });
@@ -482,7 +483,7 @@ TEST_F(MalformedBitmap, NullHasOneCodeForEverySize)
     for (const unsigned long nSize : {0ul, 1ul, 14ul, 39ul, 40ul, 1064ul, 28944ul, 1ul << 31, 1ul << 63, ULONG_MAX})
     {
         Expect("null of " + std::to_string(nSize), -10, -10,
-               [nSize](ClModeHandle& cHandle) { return cHandle.Segment(nullptr, nSize); });
+               [nSize](ClModeHandle& cHandle) { return cHandle.SegmentAddress(nullptr, nSize); });
     }
     RecordProperty("inputs", m_nInputs);
 }
@@ -498,7 +499,7 @@ TEST_F(MalformedBitmap, SizesThatAreUnknownOrTooLargeLeaveItToTheHeader)
         }
         const ClReadOnlyBytes cBytes(aBlock);
         Expect("size " + std::to_string(nSize), nInFingers, nInBiggest,
-               [&](ClModeHandle& cHandle) { return cHandle.Segment(cBytes.Data(), nSize); });
+               [&](ClModeHandle& cHandle) { return cHandle.Segment(cBytes, nSize); });
     };
     for (const unsigned long nSize : {0ul, 1ul << 31, 1ul << 32, 1ul << 63, ULONG_MAX - 1024, ULONG_MAX})
     {

@@ -2,6 +2,7 @@
 
 #include "AllocationFailures.hpp"
 #include "KormelinSegmentation.hpp"
+#include "ReadOnlySegment.hpp"
 #include "SlapPicture.hpp"
 #include "TestTools.hpp"
 #include "VelmarinKormelinSegmentation.h"
@@ -18,14 +19,9 @@
 
 namespace
 {
-using Block = std::vector<unsigned char>;
+using Bytes_t = std::vector<unsigned char>;
 
-const tagBITMAPINFOHEADER* Header(const Block& aBlock)
-{
-    return reinterpret_cast<const tagBITMAPINFOHEADER*>(aBlock.data());
-}
-
-template <class T> void Append(Block& aSeen, T value)
+template <class T> void Append(Bytes_t& aSeen, T value)
 {
     const auto* p = reinterpret_cast<const unsigned char*>(&value);
     aSeen.insert(aSeen.end(), p, p + sizeof value);
@@ -49,10 +45,11 @@ struct StWorld
         EXPECT_EQ(0, KSUninitialize());
     }
 
-    long Segment(const Block& aBlock, long nMode)
+    /// The input is found at another place when it is called again.
+    long Segment(const ClMovingInput& cInput, long nMode)
     {
         const long nResult = KSSetPropertyLongA(m_hSegmentation, "SegmentationMode", nMode);
-        return nResult != 0 ? nResult : KSSegmentBitmap(m_hSegmentation, Header(aBlock), aBlock.size());
+        return nResult != 0 ? nResult : SegmentReadOnly(m_hSegmentation, cInput.Place(m_nSegmented++));
     }
 
     void* m_hSegmentation = nullptr;
@@ -61,11 +58,12 @@ struct StWorld
     double m_dValue = -7.5;
     char m_szText[64] = "as it was";
     unsigned long m_nSize = 0;
-    Block m_aBitmap;
+    ClGuardedVector m_aBitmap;
+    long m_nSegmented = 0; ///< calls with an input
 };
 
 /// All that a segment handle shows; that it holds no picture is a result, too.
-void AppendSegment(Block& aSeen, void* hSegment)
+void AppendSegment(Bytes_t& aSeen, void* hSegment)
 {
     for (const char* szName : {"x", "y", "Width", "Height", "FingerPosition"})
     {
@@ -79,14 +77,14 @@ void AppendSegment(Block& aSeen, void* hSegment)
     Append(aSeen, nCode);
     if (nCode == 0)
     {
-        Block aBitmap(nSize);
+        ClGuardedVector aBitmap(nSize);
         EXPECT_EQ(0, KSGetBitmap(hSegment, reinterpret_cast<tagBITMAPINFOHEADER*>(aBitmap.data()), &nSize));
         aSeen.insert(aSeen.end(), aBitmap.begin(), aBitmap.end());
     }
 }
 
 /// All that a segmentation handle shows.
-void AppendSegmentation(Block& aSeen, void* hSegmentation)
+void AppendSegmentation(Bytes_t& aSeen, void* hSegmentation)
 {
     for (const char* szName : {"Count", "CoordinateOrigin", "SegmentationMode"})
     {
@@ -135,9 +133,9 @@ public:
         }
     }
     long Call() { return m_cCall.m_fnCall(m_cWorld); }
-    Block See()
+    Bytes_t See()
     {
-        Block aSeen;
+        Bytes_t aSeen;
         AppendSegmentation(aSeen, m_cWorld.m_hSegmentation);
         AppendSegment(aSeen, m_cWorld.m_hSegment);
         Append(aSeen, m_cWorld.m_nValue);
@@ -151,9 +149,9 @@ public:
 
 private:
     /// Of those handles that the call leaves alone.
-    Block Handles()
+    Bytes_t Handles()
     {
-        Block aSeen;
+        Bytes_t aSeen;
         if (m_cCall.m_eKept != eNothing)
         {
             AppendSegmentation(aSeen, m_cWorld.m_hSegmentation);
@@ -176,7 +174,7 @@ private:
 
     const StCall& m_cCall;
     StWorld m_cWorld;
-    Block m_aBefore;
+    Bytes_t m_aBefore;
 };
 
 long FailEveryAllocationOf(const StCall& cCall)
@@ -185,21 +183,25 @@ long FailEveryAllocationOf(const StCall& cCall)
     return FailEveryAllocation(EUnderFailure::eReturns, [&] { return ClHandleCase(cCall); });
 }
 
-Block OneObject()
+const ClMovingInput& OneObject()
 {
-    Block aBlock = PackedBitmap(40, 50, 8);
-    std::memset(aBlock.data() + 1064, 255, aBlock.size() - 1064);
-    for (std::size_t y = 11; y <= 30; ++y)
+    static const ClMovingInput cInput = []
     {
-        std::memset(aBlock.data() + 1064 + 40 * y + 6, static_cast<int>(y), 10);
-    }
-    return aBlock;
+        ClGuardedVector aBlock = PackedBitmap(40, 50, 8);
+        std::memset(aBlock.data() + 1064, 255, aBlock.size() - 1064);
+        for (std::size_t y = 11; y <= 30; ++y)
+        {
+            std::memset(aBlock.data() + 1064 + 40 * y + 6, static_cast<int>(y), 10);
+        }
+        return ClMovingInput(aBlock);
+    }();
+    return cInput;
 }
 
-const Block& TwoFingers()
+const ClMovingInput& TwoFingers()
 {
-    static const Block aBlock = ClSlapPicture(SlapScenes::TwoFingers(3937)).Block();
-    return aBlock;
+    static const ClMovingInput cInput(ClSlapPicture(SlapScenes::TwoFingers(3937)).Block());
+    return cInput;
 }
 
 void Nothing(StWorld&) {}
@@ -263,11 +265,13 @@ std::vector<StCall> PropertyCalls()
 
 std::vector<StCall> SegmentCalls()
 {
-    static const Block aColour = PackedBitmap(40, 50, 24);
-    static const Block aTwoColours = PackedBitmap(40, 50, 1);
-    static const Block aSmall = PackedBitmap(20, 20, 8);
-    const auto segment = [](const Block& aBlock, long nMode)
-    { return [&aBlock, nMode](StWorld& c) { return c.Segment(aBlock, nMode); }; };
+    static const ClMovingInput cColour(PackedBitmap(40, 50, 24));
+    static const ClMovingInput cTwoColours(PackedBitmap(40, 50, 1));
+    static const ClGuardedVector aSmall = PackedBitmap(20, 20, 8);
+    static const ClMovingInput cSmall(aSmall);
+    static const ClMovingInput cCut(ClGuardedVector(aSmall.begin(), aSmall.end() - 1));
+    const auto segment = [](const ClMovingInput& cInput, long nMode)
+    { return [&cInput, nMode](StWorld& c) { return c.Segment(cInput, nMode); }; };
     const auto getSegment = [](int nIndex)
     { return [nIndex](StWorld& c) { return KSGetSegment(c.m_hSegmentation, nIndex, c.m_hSegment); }; };
     const auto getBitmap = [](unsigned long nSize)
@@ -285,13 +289,12 @@ std::vector<StCall> SegmentCalls()
         c.m_aBitmap.resize(20000);
     };
     return {
-        {"three planes", RunBefore, segment(aColour, 1), eNothing},
-        {"depth of one bit", RunBefore, segment(aTwoColours, 0), eNothing},
-        {"too small for fingers", RunBefore, segment(aSmall, 0), eNothing},
+        {"three planes", RunBefore, segment(cColour, 1), eNothing},
+        {"depth of one bit", RunBefore, segment(cTwoColours, 0), eNothing},
+        {"too small for fingers", RunBefore, segment(cSmall, 0), eNothing},
         {"no bitmap", RunBefore, [](StWorld& c) { return KSSegmentBitmap(c.m_hSegmentation, nullptr, 7); },
          eBothHandles},
-        {"block that is cut off", RunBefore,
-         [](StWorld& c) { return KSSegmentBitmap(c.m_hSegmentation, Header(aSmall), aSmall.size() - 1); }, eNothing},
+        {"block that is cut off", RunBefore, segment(cCut, 1), eNothing},
         {"segment to an empty handle", [](StWorld& c) { EXPECT_EQ(0, c.Segment(OneObject(), 1)); }, getSegment(0),
          eSegmentationHandle},
         {"segment to a handle that was used", RunBefore, getSegment(0), eSegmentationHandle},
@@ -539,10 +542,9 @@ TEST_F(OutOfMemory, TheSameWithTheLogOn)
 
 TEST_F(OutOfMemory, CuttingTheBiggestObjectCanBeRepeated)
 {
-    static const Block aObject = OneObject();
-    for (const Block* pBlock : {&aObject, &TwoFingers()})
+    for (const ClMovingInput* pInput : {&OneObject(), &TwoFingers()})
     {
-        const auto run = [pBlock](StWorld& c) { return c.Segment(*pBlock, 1); };
+        const auto run = [pInput](StWorld& c) { return c.Segment(*pInput, 1); };
         FailEveryAllocationOf(
             {{"first run", Nothing, run, eNothing},
              {"after fingers", [](StWorld& c) { EXPECT_EQ(0, c.Segment(TwoFingers(), 0)); }, run, eNothing}});
@@ -559,9 +561,9 @@ TEST_F(OutOfMemory, CuttingFingersCanBeRepeated)
         {
             continue; // the sanitizers take ten times as long
         }
-        const Block aBlock = ClSlapPicture(cScene.m_pMake(3937)).Block();
+        const ClMovingInput cInput(ClSlapPicture(cScene.m_pMake(3937)).Block());
         FailEveryAllocationOf(
-            {{cScene.m_szName, RunBefore, [&](StWorld& c) { return c.Segment(aBlock, 0); }, eNothing}});
+            {{cScene.m_szName, RunBefore, [&](StWorld& c) { return c.Segment(cInput, 0); }, eNothing}});
     }
     EXPECT_LE(ClFailingHeap::KnowsMalloc() ? 5000 : 1000, m_nFailures);
 }
@@ -569,7 +571,7 @@ TEST_F(OutOfMemory, CuttingFingersCanBeRepeated)
 // Reduced to the working resolution on the way.
 TEST_F(OutOfMemory, CuttingFingersOfALargerPictureCanBeRepeated)
 {
-    const Block aBlock = ClSlapPicture(SlapScenes::LeaningPair(0.4, 5000)).Block();
-    FailEveryAllocationOf({{"first run", Nothing, [&](StWorld& c) { return c.Segment(aBlock, 0); }, eNothing}});
+    const ClMovingInput cInput(ClSlapPicture(SlapScenes::LeaningPair(0.4, 5000)).Block());
+    FailEveryAllocationOf({{"first run", Nothing, [&](StWorld& c) { return c.Segment(cInput, 0); }, eNothing}});
     EXPECT_LT(300, m_nFailures);
 }

@@ -108,7 +108,7 @@ long RunForBiggestObject(const ClFingerlessPicture& cPicture)
     const auto& aPixels = cPicture.m_aPixels;
     const auto isObject = [](std::uint8_t n) { return n != 255; };
     ClModeHandle cHandle(ClModeHandle::nBiggestObject);
-    const long nCode = cHandle.SegmentCopy(cPicture.Block());
+    const long nCode = cHandle.SegmentCopy(cPicture.Block(), EGuard::eOdd);
     EXPECT_EQ(nCode == FPC_SUCCESS ? 1 : 0, cHandle.Count());
     EXPECT_EQ(nCode == FPC_SUCCESS ? FPC_SUCCESS : FPC_ERROR_PARAM_OUT_OF_RANGE, cHandle.Fill(0));
     if (std::none_of(aPixels.begin(), aPixels.end(), isObject))

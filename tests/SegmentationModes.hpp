@@ -2,7 +2,7 @@
 
 // The exported functions on blocks at guard pages, in both modes.
 
-#include "GuardedBytes.hpp"
+#include "ReadOnlySegment.hpp"
 #include "VelmarinKormelinSegmentation.h"
 
 #include <gtest/gtest.h>
@@ -34,16 +34,21 @@ public:
         EXPECT_EQ(FPC_SUCCESS, KSUninitialize());
     }
 
-    /// The code of a run on bytes of which nSize are told of.
-    long Segment(const unsigned char* pBytes, unsigned long nSize)
+    /// The code of a run on a block of which nSize bytes are told of.
+    long Segment(const ClReadOnlyBytes& cInput, unsigned long nSize)
     {
-        return KSSegmentBitmap(m_hSegmentation, reinterpret_cast<const tagBITMAPINFOHEADER*>(pBytes), nSize);
+        return SegmentReadOnly(m_hSegmentation, cInput, nSize);
     }
-    /// The same on a copy that can only be read, at a guard page, and is gone afterwards.
+    long Segment(const ClReadOnlyBytes& cInput) { return Segment(cInput, cInput.Size()); }
+    /// The same on a copy that is gone afterwards.
     template <class Bytes_t> long SegmentCopy(const Bytes_t& aBytes, EGuard eGuard = EGuard::eBehind)
     {
-        const ClReadOnlyBytes cBytes(aBytes, eGuard);
-        return Segment(cBytes.Data(), cBytes.Size());
+        return Segment(ClReadOnlyBytes(aBytes, eGuard));
+    }
+    /// The same on no block, or on one that is no memory.
+    long SegmentAddress(const unsigned char* pBytes, unsigned long nSize)
+    {
+        return KSSegmentBitmap(m_hSegmentation, reinterpret_cast<const tagBITMAPINFOHEADER*>(pBytes), nSize);
     }
 
     long Count() { return Property(m_hSegmentation, "Count"); }

@@ -3,6 +3,7 @@
 
 #include "GreyBitmapChecks.hpp"
 #include "GuardedSlapRunner.hpp"
+#include "ReadOnlySegment.hpp"
 #include "SlapPicture.hpp"
 #include "TestTools.hpp"
 
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
@@ -145,8 +147,7 @@ ClSlapScene Scene(const char* szName, int nPels)
 TEST(SegmentationRoad, EveryCallFromInitializeToUninitialize)
 {
     const ClSlapPicture cPicture(SlapScenes::TwoFingers(n500Ppi));
-    const std::vector<std::uint8_t> aBlock = cPicture.Block();
-    const auto* pBitmap = reinterpret_cast<const tagBITMAPINFOHEADER*>(aBlock.data());
+    const ClReadOnlyBytes cBlock(cPicture.Block());
     void* hSegmentation = nullptr;
     void* ahSegments[2] = {};
     long nValue = -1;
@@ -161,7 +162,7 @@ TEST(SegmentationRoad, EveryCallFromInitializeToUninitialize)
     EXPECT_EQ(FPC_SUCCESS, KSSetPropertyLongA(hSegmentation, "SegmentationMode", nFingers));
     EXPECT_EQ(FPC_SUCCESS, KSSetPropertyLongA(hSegmentation, "CoordinateOrigin", nLowerEdge));
 
-    ASSERT_EQ(FPC_SUCCESS, KSSegmentBitmap(hSegmentation, pBitmap, aBlock.size()));
+    ASSERT_EQ(FPC_SUCCESS, SegmentReadOnly(hSegmentation, cBlock));
     EXPECT_EQ(FPC_SUCCESS, KSGetPropertyLongA(hSegmentation, "Count", &nValue));
     ASSERT_EQ(2, nValue);
     for (int i = 0; i < 2; ++i) ASSERT_EQ(FPC_SUCCESS, KSGetSegment(hSegmentation, i, ahSegments[i]));
@@ -262,14 +263,13 @@ TEST(SegmentationRoad, UpperOriginCountsTheUpperEdgeFromTheTop)
 TEST(SegmentationRoad, OriginIsThatOfTheMomentOfGetSegment)
 {
     const ClSlapPicture cPicture(SlapScenes::OneFinger(n500Ppi));
-    const std::vector<std::uint8_t> aBlock = cPicture.Block();
+    const ClReadOnlyBytes cBlock(cPicture.Block());
     void* hSegmentation = nullptr;
     void* hSegment = nullptr;
     ASSERT_EQ(FPC_SUCCESS, KSInitialize(nullptr));
     ASSERT_EQ(FPC_SUCCESS, KSCreateSegmentationHandle(&hSegmentation));
     ASSERT_EQ(FPC_SUCCESS, KSCreateSegmentHandle(&hSegment));
-    ASSERT_EQ(FPC_SUCCESS, KSSegmentBitmap(hSegmentation, reinterpret_cast<const tagBITMAPINFOHEADER*>(aBlock.data()),
-                                           aBlock.size()));
+    ASSERT_EQ(FPC_SUCCESS, SegmentReadOnly(hSegmentation, cBlock));
     long anY[2] = {};
     long nHeight = 0;
     for (const long nOrigin : {nUpperEdge, nLowerEdge})
@@ -349,11 +349,7 @@ TEST(SegmentationRoad, MoreThanTwoFingersAreRefusedAndTheHandleGoesOn)
     ASSERT_EQ(FPC_SUCCESS, KSCreateSegmentationHandle(&hSegmentation));
     ASSERT_EQ(FPC_SUCCESS, KSCreateSegmentHandle(&hSegment));
     const auto segment = [&](const std::vector<std::uint8_t>& aBlock)
-    {
-        const ClReadOnlyBytes cInput(aBlock);
-        return KSSegmentBitmap(hSegmentation, reinterpret_cast<const tagBITMAPINFOHEADER*>(cInput.Data()),
-                               cInput.Size());
-    };
+    { return SegmentReadOnly(hSegmentation, ClReadOnlyBytes(aBlock)); };
     for (const auto& cRefused : aRefused)
     {
         SCOPED_TRACE(cRefused.m_szScene);
@@ -455,8 +451,10 @@ TEST(SegmentationRoad, BareBlockAndWholeFileGiveTheSame)
             ClGuardedSlapRunner cRunner(nMode);
             const ClSlapRunResult cOfBlock = cRunner.Run(cPicture.Block());
             EXPECT_TRUE(cOfBlock == cRunner.Run(cPicture.BmpFile())) << "mode " << nMode;
-            EXPECT_TRUE(cOfBlock == cRunner.Run(cPicture.Block().data(), 0)) << "unknown size, mode " << nMode;
-            EXPECT_TRUE(cOfBlock == cRunner.Run(cPicture.BmpFile().data(), 0)) << "unknown size, mode " << nMode;
+            EXPECT_TRUE(cOfBlock == cRunner.RunWithoutSize(ClReadOnlyBytes(cPicture.Block())))
+                << "unknown size, mode " << nMode;
+            EXPECT_TRUE(cOfBlock == cRunner.RunWithoutSize(ClReadOnlyBytes(cPicture.BmpFile())))
+                << "unknown size, mode " << nMode;
         }
     }
 }
@@ -471,11 +469,13 @@ TEST(SegmentationRoad, InputIsNeitherChangedNorReadBeyondItsEnd)
         {
             for (const long nMode : {nFingers, nBiggestObject})
             {
-                ClGuardedBytes cInput(aBytes.data(), aBytes.size());
-                ClGuardedSlapRunner(nMode).Run(cInput.Data(), cInput.Size());
-                EXPECT_EQ(0, std::memcmp(aBytes.data(), cInput.Data(), cInput.Size())) << "mode " << nMode;
-                cInput.ForbidWriting(); // where it is not even allowed
-                ClGuardedSlapRunner(nMode).Run(cInput.Data(), cInput.Size());
+                ClGuardedSlapRunner cRunner(nMode);
+                const ClSlapRunResult cExpected = cRunner.Run(aBytes);
+                for (const EGuard eGuard : {EGuard::eBehind, EGuard::eBefore, EGuard::eOdd})
+                {
+                    const ClReadOnlyBytes cInput(aBytes, eGuard); // a byte beyond it, or one written, ends the test
+                    EXPECT_TRUE(cExpected == cRunner.Run(cInput)) << "mode " << nMode;
+                }
             }
         }
     }
@@ -485,15 +485,14 @@ TEST(SegmentationRoad, InputMayGoRightAfterTheRun)
 {
     const ClSlapPicture cPicture(SlapScenes::TwoFingers(n500Ppi));
     const ClSlapRunResult cExpected = ClGuardedSlapRunner(nFingers, nUpperEdge).Run(cPicture.Block());
-    auto pInput = std::make_unique<ClGuardedBytes>(cPicture.Block().data(), cPicture.Block().size());
+    auto pInput = std::make_unique<ClReadOnlyBytes>(cPicture.Block());
     void* hSegmentation = nullptr;
     void* hSegment = nullptr;
     ASSERT_EQ(FPC_SUCCESS, KSInitialize(nullptr));
     ASSERT_EQ(FPC_SUCCESS, KSCreateSegmentationHandle(&hSegmentation));
     ASSERT_EQ(FPC_SUCCESS, KSCreateSegmentHandle(&hSegment));
     EXPECT_EQ(FPC_SUCCESS, KSSetPropertyLongA(hSegmentation, "CoordinateOrigin", nUpperEdge));
-    ASSERT_EQ(FPC_SUCCESS, KSSegmentBitmap(hSegmentation, reinterpret_cast<const tagBITMAPINFOHEADER*>(pInput->Data()),
-                                           pInput->Size()));
+    ASSERT_EQ(FPC_SUCCESS, SegmentReadOnly(hSegmentation, *pInput));
     pInput.reset(); // touching it from here on kills the test
     for (int i = 0; i < 2; ++i)
     {
@@ -520,8 +519,8 @@ TEST(SegmentationRoad, BlockThatIsCutOffIsRefused)
     {
         for (const std::size_t nMissing : {std::size_t{1}, aBytes.size() / 2})
         {
-            const ClGuardedBytes cInput(aBytes.data(), aBytes.size() - nMissing);
-            const ClSlapRunResult cResult = ClGuardedSlapRunner(nFingers).Run(cInput.Data(), cInput.Size());
+            const ClReadOnlyBytes cInput(aBytes.data(), aBytes.size() - nMissing);
+            const ClSlapRunResult cResult = ClGuardedSlapRunner(nFingers).Run(cInput);
             EXPECT_EQ(FPC_ERROR_TEMPLATE_SIZE, cResult.m_nCode);
         }
     }
@@ -531,12 +530,12 @@ TEST(SegmentationRoad, BlockThatIsCutOffIsRefused)
 TEST(SegmentationRoad, ThreadsWithHandlesOfTheirOwnGiveTheBitsOfOne)
 {
     constexpr int nRounds = 2;
-    std::vector<std::vector<std::uint8_t>> aBlocks;
+    std::deque<ClReadOnlyBytes> aBlocks;
     for (const char* szScene : {"one-finger", "two-fingers", "three-fingers", "leaning-pair"})
-        aBlocks.push_back(ClSlapPicture(Scene(szScene, n200Ppi)).Block());
+        aBlocks.emplace_back(ClSlapPicture(Scene(szScene, n200Ppi)).Block());
     std::vector<ClSlapRunResult> aExpected;
     for (const long nMode : {nFingers, nBiggestObject})
-        for (const auto& aBlock : aBlocks) aExpected.push_back(ClGuardedSlapRunner(nMode).Run(aBlock));
+        for (const auto& cBlock : aBlocks) aExpected.push_back(ClGuardedSlapRunner(nMode).Run(cBlock));
 
     // Both read the same input: in one round in the same order, so that the same stages meet, in the other backwards.
     const auto work = [&](bool bBackwards, std::vector<ClSlapRunResult>& aResults)

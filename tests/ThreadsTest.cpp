@@ -1,9 +1,10 @@
 // Eight threads, each with handles of its own, as far as the library serves several at once: results are those of one
 // thread, whatever the others do.
 
+#include "GuardedSlapRunner.hpp"
 #include "KormelinSegmentation.hpp"
+#include "ReadOnlySegment.hpp"
 #include "SlapPicture.hpp"
-#include "SlapRun.hpp"
 #include "TempFolder.hpp"
 #include "VelmarinKormelinSegmentation.h"
 
@@ -13,6 +14,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <deque>
 #include <fcntl.h>
 #include <functional>
 #include <map>
@@ -50,21 +52,22 @@ void OnAllThreads(const std::function<void(int)>& fn)
     }
 }
 
-using Blocks = std::vector<std::vector<std::uint8_t>>;
+using Inputs = std::deque<ClMovingInput>;
 
-const Blocks& Pictures()
+/// All threads read them where they are.
+const Inputs& Pictures()
 {
-    static const Blocks aBlocks = []
+    static const Inputs aInputs = []
     {
-        Blocks aMade;
+        Inputs aMade;
         for (const auto& cScene : {SlapScenes::OneFinger(3937), SlapScenes::TwoFingers(3937),
                                    SlapScenes::ThreeFingers(3937), SlapScenes::LeaningPair(0.4, 3937)})
         {
-            aMade.push_back(ClSlapPicture(cScene).Block());
+            aMade.emplace_back(ClSlapPicture(cScene).Block());
         }
         return aMade;
     }();
-    return aBlocks;
+    return aInputs;
 }
 
 /// Results of one thread, in both modes.
@@ -75,9 +78,9 @@ const std::vector<ClSlapRunResult>& Expected()
         std::vector<ClSlapRunResult> aMade;
         for (const long nMode : {0L, 1L})
         {
-            for (const auto& aBlock : Pictures())
+            for (const ClMovingInput& cInput : Pictures())
             {
-                aMade.push_back(ClSlapRunner(nMode).Run(aBlock));
+                aMade.push_back(ClGuardedSlapRunner(nMode).Run(cInput.Place(0)));
             }
         }
         return aMade;
@@ -85,10 +88,11 @@ const std::vector<ClSlapRunResult>& Expected()
     return aExpected;
 }
 
-bool RunsAsExpected(std::size_t nRun)
+bool RunsAsExpected(std::size_t nRun, int nThread)
 {
     const std::size_t nPictures = Pictures().size();
-    return ClSlapRunner(static_cast<long>(nRun / nPictures)).Run(Pictures()[nRun % nPictures]) == Expected()[nRun];
+    ClGuardedSlapRunner cRunner(static_cast<long>(nRun / nPictures));
+    return cRunner.Run(Pictures()[nRun % nPictures].Place(nThread / 2)) == Expected()[nRun];
 }
 
 /// What a child process printed, line by line, and its exit status.
@@ -129,7 +133,7 @@ TEST(EightThreads, GiveTheBitsOfOneInBothModesAtOnce)
             for (std::size_t i = 0; i < nRuns; ++i)
             {
                 const std::size_t nRun = (i + static_cast<std::size_t>(nThread)) % nRuns; // no two in the same order
-                nWrong += RunsAsExpected(nRun) ? 0 : 1;
+                nWrong += RunsAsExpected(nRun, nThread) ? 0 : 1;
             }
         });
     EXPECT_EQ(0, nWrong);
@@ -143,10 +147,10 @@ TEST(EightThreads, ReuseTheirHandlesForOneSharedPicture)
         [&](int nThread)
         {
             const std::size_t nMode = static_cast<std::size_t>(nThread % 2);
-            ClSlapRunner cRunner(static_cast<long>(nMode));
+            ClGuardedSlapRunner cRunner(static_cast<long>(nMode));
             for (int i = 0; i < 6; ++i)
             {
-                nWrong += cRunner.Run(Pictures()[1]) == Expected()[nMode * Pictures().size() + 1] ? 0 : 1;
+                nWrong += cRunner.Run(Pictures()[1].Place(i)) == Expected()[nMode * Pictures().size() + 1] ? 0 : 1;
             }
         });
     EXPECT_EQ(0, nWrong);
@@ -179,8 +183,6 @@ long TakeAndGiveReferences(const std::atomic<int>& nWorking, std::atomic<int>& n
 /// Asks for handles until some were granted, uses each, whatever becomes of the library meanwhile, and destroys it.
 void UseHandlesThatAreGranted(int nWanted, std::atomic<int>& nWrong)
 {
-    const auto& aBlock = Pictures()[0];
-    const auto* pHeader = reinterpret_cast<const tagBITMAPINFOHEADER*>(aBlock.data());
     for (int nGranted = 0; nGranted < nWanted;)
     {
         void* hSegmentation = nullptr;
@@ -190,7 +192,7 @@ void UseHandlesThatAreGranted(int nWanted, std::atomic<int>& nWrong)
         {
             long nCount = -1;
             nWrong += KSSetPropertyLongA(hSegmentation, "SegmentationMode", nGranted % 2) == 0 ? 0 : 1;
-            nWrong += KSSegmentBitmap(hSegmentation, pHeader, aBlock.size()) == 0 ? 0 : 1;
+            nWrong += SegmentReadOnly(hSegmentation, Pictures()[0].Place(nGranted)) == 0 ? 0 : 1;
             nWrong += KSGetPropertyLongA(hSegmentation, "Count", &nCount) == 0 && nCount == 1 ? 0 : 1;
             nWrong += KSDestroyHandle(&hSegmentation) == 0 ? 0 : 1;
             ++nGranted;
@@ -228,7 +230,7 @@ TEST(EightThreads, InitialiseCreateSegmentDestroyAndUninitialiseAtOnce)
     }
     EXPECT_EQ(-2, KSUninitialize());
     EXPECT_EQ(0, KSInitialize(nullptr));
-    EXPECT_TRUE(RunsAsExpected(0));
+    EXPECT_TRUE(RunsAsExpected(0, 0));
     EXPECT_EQ(0, KSUninitialize());
 }
 

@@ -1,6 +1,7 @@
 // The C++ interface when allocations fail, its own and those of the library.
 
 #include "AllocationFailures.hpp"
+#include "GuardedBytes.hpp"
 #include "SlapPicture.hpp"
 #include "VelmarinKormelinSegmentation.hpp"
 
@@ -14,10 +15,7 @@ namespace
 class ClApplicationCase
 {
 public:
-    ClApplicationCase(const std::vector<unsigned char>& aBitmap, kormelin::Mode eMode)
-        : m_aBitmap(aBitmap), m_eMode(eMode)
-    {
-    }
+    ClApplicationCase(const ClMovingInput& cBitmap, kormelin::Mode eMode) : m_cBitmap(cBitmap), m_eMode(eMode) {}
     long Call()
     {
         m_aSeen.clear();
@@ -43,7 +41,8 @@ private:
     {
         const kormelin::Library cLibrary;
         kormelin::Segmentation cRun(m_eMode, kormelin::Origin::eTop);
-        cRun.Run(m_aBitmap.data(), m_aBitmap.size());
+        const ClReadOnlyBytes& cBitmap = m_cBitmap.Place(m_nCalls++);
+        cRun.Run(cBitmap.Data(), cBitmap.Size());
         std::vector<unsigned char> aSeen;
         for (const kormelin::Segment& cSegment : cRun.Segments())
         {
@@ -57,14 +56,16 @@ private:
         m_aSeen.swap(aSeen);
     }
 
-    const std::vector<unsigned char>& m_aBitmap;
+    const ClMovingInput& m_cBitmap;
+    long m_nCalls = 0; ///< of the library with the bitmap
     kormelin::Mode m_eMode;
     std::vector<unsigned char> m_aSeen;
 };
 
 long FailEveryAllocationOf(const std::vector<unsigned char>& aBitmap, kormelin::Mode eMode)
 {
-    return FailEveryAllocation(EUnderFailure::eReturns, [&] { return ClApplicationCase(aBitmap, eMode); });
+    const ClMovingInput cBitmap(aBitmap);
+    return FailEveryAllocation(EUnderFailure::eReturns, [&] { return ClApplicationCase(cBitmap, eMode); });
 }
 
 class CppInterfaceMemory : public testing::Test

@@ -128,14 +128,15 @@ TEST(CppInterface, RowsWithAStrideAndAPackedBitmapGiveTheSame)
 {
     const Library cLibrary;
     const GreyPicture cInput = OneObject();
-    std::vector<unsigned char> aWide(50 * 64, 77);
+    std::vector<unsigned char> aWide(49 * 64 + 41, 77); // the last row ends with its pixels
     for (std::size_t y = 0; y < 50; ++y) std::memcpy(&aWide[y * 64], &cInput.m_aPixels[y * 41], 41);
-    const auto aBitmap = kormelin::MakeBitmap(aWide.data(), 41, 50, 64, 3937);
-    EXPECT_EQ(40u + 1024 + 44 * 50, aBitmap.size());
+    const ClReadOnlyBytes cWide(aWide);
+    const ClReadOnlyBytes cBitmap(kormelin::MakeBitmap(cWide.Data(), 41, 50, 64, 3937));
+    EXPECT_EQ(40u + 1024 + 44 * 50, cBitmap.Size());
 
     Segmentation cStrided(Mode::eBiggest), cPacked(Mode::eBiggest);
-    cStrided.Run(aWide.data(), 41, 50, 64, 3937);
-    cPacked.Run(aBitmap.data(), aBitmap.size());
+    cStrided.Run(cWide.Data(), 41, 50, 64, 3937);
+    cPacked.Run(cBitmap.Data(), cBitmap.Size());
     EXPECT_EQ(cStrided.Get(0).Bitmap(), cPacked.Get(0).Bitmap());
     EXPECT_EQ(cStrided.Get(0).Picture().m_aPixels, cPacked.Get(0).Picture().m_aPixels);
 }
@@ -144,9 +145,9 @@ TEST(CppInterface, FingersLieAroundTheDrawnOnes)
 {
     const Library cLibrary;
     const ClSlapPicture cPicture(SlapScenes::TwoFingers(19685));
-    const auto aFile = cPicture.Block();
+    const ClReadOnlyBytes cFile(cPicture.BmpFile());
     Segmentation cRun(Mode::eFingers, Origin::eBottom);
-    cRun.Run(aFile.data(), aFile.size());
+    cRun.Run(cFile.Data(), cFile.Size());
     const auto aSegments = cRun.Segments();
     ASSERT_EQ(cPicture.m_aFingers.size(), aSegments.size());
     for (std::size_t i = 0; i < aSegments.size(); ++i)

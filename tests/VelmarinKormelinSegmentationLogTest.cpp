@@ -127,10 +127,10 @@ TEST_F(VelmarinKormelinSegmentation, LogLinesOfNumbers)
 TEST_F(VelmarinKormelinSegmentation, LogLinesOfSegmentation)
 {
     SetLong("SegmentationMode", 1);
-    const Block aBlock = OneObject();
-    const void* pBlock = aBlock.data();
-    EXPECT_EQ(Success(Format("KSSegmentBitmap(%p, %p, %zu)", m_hSegmentation, pBlock, aBlock.size())),
-              Logged(7, [&] { KSSegmentBitmap(m_hSegmentation, Header(aBlock), aBlock.size()); }));
+    const ClReadOnlyBytes cBlock(OneObject());
+    const void* pBlock = cBlock.Data();
+    EXPECT_EQ(Success(Format("KSSegmentBitmap(%p, %p, %zu)", m_hSegmentation, pBlock, cBlock.Size())),
+              Logged(7, [&] { SegmentReadOnly(m_hSegmentation, cBlock); }));
     EXPECT_EQ(Failure(Format("KSSegmentBitmap(%p, (nil), 18446744073709551615)", m_hSegmentation), -10,
                       "The input image is not valid."),
               Logged(7, [&] { KSSegmentBitmap(m_hSegmentation, nullptr, ULONG_MAX); }));

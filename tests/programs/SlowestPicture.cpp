@@ -31,12 +31,12 @@ public:
 
     void Run(const ClFingerlessPicture& cPicture)
     {
-        const ClGuardedVector aBlock = cPicture.Block();
+        const ClReadOnlyBytes cBlock(cPicture.Block());
         for (const long nMode : {ClModeHandle::nFingers, ClModeHandle::nBiggestObject})
         {
             ClModeHandle cHandle(nMode);
             const double dStart = ProcessorSeconds();
-            const long nCode = cHandle.Segment(aBlock.data(), aBlock.size());
+            const long nCode = cHandle.Segment(cBlock);
             const double dSeconds = ProcessorSeconds() - dStart;
             ++m_nRuns;
             if (dSeconds > m_dSeconds)

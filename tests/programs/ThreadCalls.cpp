@@ -3,6 +3,7 @@
 // at once, each with handles of its own and all functions; prints the sum of what they saw, ends with 1 if one of them
 // saw something else. "exit": the threads go on segmenting while the process ends.
 
+#include "ReadOnlySegment.hpp"
 #include "SlapPicture.hpp"
 #include "VelmarinKormelinSegmentation.h"
 
@@ -17,8 +18,6 @@
 
 namespace
 {
-using Block = std::vector<std::uint8_t>;
-
 constexpr int nThreads = 8;
 
 /// FNV-1a, 64 bits.
@@ -64,21 +63,20 @@ void AddSegment(ClSum& cSum, void* hSegmentation, int nIndex)
     }
     unsigned long nSize = ULONG_MAX;
     cSum.Add(KSGetBitmap(hSegment, nullptr, &nSize));
-    Block aBitmap(nSize == ULONG_MAX ? 0 : nSize);
+    ClGuardedVector aBitmap(nSize == ULONG_MAX ? 0 : nSize);
     cSum.Add(KSGetBitmap(hSegment, reinterpret_cast<tagBITMAPINFOHEADER*>(aBitmap.data()), &nSize));
     cSum.Add(aBitmap.data(), aBitmap.size());
     cSum.Add(KSDestroyHandle(&hSegment));
 }
 
 /// One run, and all that it gives.
-std::uint64_t Run(const Block& aBlock, const char* szMode)
+std::uint64_t Run(const ClReadOnlyBytes& cBlock, const char* szMode)
 {
     ClSum cSum;
     void* hSegmentation = nullptr;
     cSum.Add(KSCreateSegmentationHandle(&hSegmentation));
     cSum.Add(KSSetPropertyA(hSegmentation, "SegmentationMode", szMode));
-    cSum.Add(
-        KSSegmentBitmap(hSegmentation, reinterpret_cast<const tagBITMAPINFOHEADER*>(aBlock.data()), aBlock.size()));
+    cSum.Add(SegmentReadOnly(hSegmentation, cBlock));
     double dValue = 0.0;
     cSum.Add(KSGetPropertyDoubleA(hSegmentation, "Count", &dValue));
     cSum.Add(KSSetPropertyDoubleA(hSegmentation, "Count", dValue));
@@ -95,7 +93,7 @@ std::uint64_t Run(const Block& aBlock, const char* szMode)
 }
 
 /// Every function; odd threads begin with the other mode.
-std::uint64_t EveryCall(const Block& aBlock, bool bOdd)
+std::uint64_t EveryCall(const ClMovingInput& cInput, bool bOdd)
 {
     ClSum cSum;
     for (long nCode = -830; nCode <= 5; ++nCode)
@@ -111,14 +109,14 @@ std::uint64_t EveryCall(const Block& aBlock, bool bOdd)
     for (const int i : {0, 1})
     {
         const int nMode = bOdd ? 1 - i : i;
-        anRun[nMode] = Run(aBlock, nMode == 0 ? "0" : "1");
+        anRun[nMode] = Run(cInput.Place(i), nMode == 0 ? "0" : "1");
     }
     cSum.Add(anRun, sizeof anRun);
     cSum.Add(KSUninitialize());
     return cSum.Sum();
 }
 
-int First(const Block& aBlock)
+int First(const ClMovingInput& cInput)
 {
     std::atomic<int> nMissing{nThreads};
     std::uint64_t anSum[nThreads];
@@ -129,7 +127,7 @@ int First(const Block& aBlock)
             [&, i]
             {
                 MeetAll(nMissing);
-                anSum[i] = EveryCall(aBlock, i % 2 != 0);
+                anSum[i] = EveryCall(cInput, i % 2 != 0);
             });
     }
     bool bAlike = true;
@@ -142,19 +140,19 @@ int First(const Block& aBlock)
     return bAlike && KSUninitialize() == FPC_ERROR_NOT_INITIALIZED ? 0 : 1;
 }
 
-int Exit(const Block& aBlock)
+int Exit(const std::vector<std::uint8_t>& aBlock)
 {
     static std::atomic<int> nMissing{nThreads + 1};
-    static const Block* const pBlock = new Block(aBlock); // outlives the objects of main
+    static const auto* const pInput = new ClMovingInput(aBlock); // outlives the objects of main
     for (int i = 0; i < nThreads; ++i)
     {
         std::thread(
             [i]
             {
-                EveryCall(*pBlock, i % 2 != 0);
+                EveryCall(*pInput, i % 2 != 0);
                 for (MeetAll(nMissing);;)
                 {
-                    EveryCall(*pBlock, i % 2 != 0);
+                    EveryCall(*pInput, i % 2 != 0);
                 }
             })
             .detach();
@@ -172,6 +170,6 @@ int main(int nArguments, char** aszArguments)
         std::fputs("usage: thread-calls first | exit\n", stderr);
         return 2;
     }
-    const Block aBlock = ClSlapPicture(SlapScenes::TwoFingers(3937)).Block();
-    return sMode == "first" ? First(aBlock) : Exit(aBlock);
+    const std::vector<std::uint8_t> aBlock = ClSlapPicture(SlapScenes::TwoFingers(3937)).Block();
+    return sMode == "first" ? First(ClMovingInput(aBlock)) : Exit(aBlock);
 }

@@ -3,12 +3,12 @@
 
 #include "BitHash.hpp"
 #include "BitItems.hpp"
+#include "GuardedSlapRunner.hpp"
 
 #include "RDAfisTools/IpFourPrintSegmentation.hpp"
 #include "RDTools/Bitmap.hpp"
 #include "RDTools/Exception.hpp"
 #include "SlapPicture.hpp"
-#include "SlapRun.hpp"
 
 #include <algorithm>
 #include <cstdint>
@@ -18,10 +18,10 @@ namespace
 {
 using Bytes_t = std::vector<std::uint8_t>;
 
-std::string ThroughTheFunctions(const Bytes_t& aBlock, long nMode)
+std::string ThroughTheFunctions(const ClReadOnlyBytes& cBlock, long nMode)
 {
-    ClSlapRunner cRunner(nMode, 1);
-    const ClSlapRunResult cResult = cRunner.Run(aBlock);
+    ClGuardedSlapRunner cRunner(nMode, 1);
+    const ClSlapRunResult cResult = cRunner.Run(cBlock);
     ClBitHash cHash;
     cHash.Add({cResult.m_nCode, cResult.m_nCount});
     for (const ClSlapRunResult::ClSegment& c : cResult.m_aSegments)
@@ -49,13 +49,13 @@ void AddVectors(ClBitHash& cHash, const TpArrayDynamic<ClVector, 10>& aVectors)
     }
 }
 
-std::string ThroughTheProcessor(Bytes_t aBlock)
+std::string ThroughTheProcessor(const ClReadOnlyBytes& cBlock)
 {
     ClBitHash cHash;
     try
     {
         ClBitmap cBitmap;
-        cBitmap.Attach(aBlock.data(), static_cast<unsigned long>(aBlock.size()));
+        cBitmap.Attach(cBlock.Data(), static_cast<unsigned long>(cBlock.Size()));
         ClImage cIn;
         cIn.Attach(cBitmap);
         ClImage cBinary;
@@ -87,8 +87,10 @@ std::string ThroughTheProcessor(Bytes_t aBlock)
 
 ClBitItem::Lines_t RoadOf(const std::string& sName, const Bytes_t& aBlock)
 {
-    return {sName + "/fingers " + ThroughTheFunctions(aBlock, 0), sName + "/biggest " + ThroughTheFunctions(aBlock, 1),
-            sName + "/processor " + ThroughTheProcessor(aBlock)};
+    const ClMovingInput cInput(aBlock);
+    return {sName + "/fingers " + ThroughTheFunctions(cInput.Place(0), 0),
+            sName + "/biggest " + ThroughTheFunctions(cInput.Place(1), 1),
+            sName + "/processor " + ThroughTheProcessor(cInput.Place(0))};
 }
 
 /// What is done to a picture before its run.
