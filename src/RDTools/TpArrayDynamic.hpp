@@ -24,6 +24,10 @@ public:
     void Enlarge(unsigned long nAdd)
     {
         const unsigned long nCapacity = this->m_nEntries + nAdd;
+        if (nCapacity < nAdd)
+        {
+            ThrowBadAlloc();
+        }
         if (nCapacity == 0)
         {
             return;

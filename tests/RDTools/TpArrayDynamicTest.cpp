@@ -180,6 +180,7 @@ TEST(TpArrayDynamic, ExhaustedHeapLeavesTheArrayAsItWas)
         EXPECT_RAISES(aValues.Enlarge(1), ClExBadAlloc, -102, szMessage);
     }
     EXPECT_RAISES(aValues.Enlarge(LONG_MAX), ClExBadAlloc, -102, szMessage);
+    EXPECT_RAISES(aValues.Enlarge(ULONG_MAX), ClExBadAlloc, -102, szMessage);
     EXPECT_EQ(pStorage, aValues.m_pData);
     EXPECT_EQ(2u, aValues.Entries());
     EXPECT_EQ(2u, aValues.m_nEntries);
