@@ -39,7 +39,8 @@ struct StPart
 StPart PartOf(const ClImage& cPlane, const ClImage& cOut)
 {
     const int nSize = ClImage::SampleSize(cOut.m_eDataType);
-    if (cPlane.Data() == nullptr || cPlane.m_eDataType != cOut.m_eDataType || nSize == 0) return {0, 0};
+    const bool bPixels = cPlane.Data() != nullptr && cOut.Data() != nullptr;
+    if (!bPixels || cPlane.m_eDataType != cOut.m_eDataType || nSize == 0) return {0, 0};
     return {std::min({cPlane.SamplesPerRow(), cPlane.Stride() / nSize, cOut.m_nWidth}),
             std::min(cPlane.m_nHeight, cOut.m_nHeight)};
 }

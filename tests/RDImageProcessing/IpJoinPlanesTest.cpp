@@ -244,6 +244,18 @@ TEST(IpJoinPlanes, OfAPlaneThatIsTooSmallOnlyWhatItHasIsRead)
     }
 }
 
+TEST(IpJoinPlanes, AnOutputThatHasSizesButNoPixelsIsNoTrap)
+{
+    ClImage cPlane, cOut;
+    FillRandom8(cPlane, 4, 4, 7);
+    cOut.Attach(static_cast<void*>(nullptr), ClImage::eUInt8, 4, 4, 3, cPlane.m_nXRes, cPlane.m_nYRes);
+    ClIpJoinPlanes cJoin;
+    cJoin.m_eOutContent = ClImage::eRGB;
+    EXPECT_EQ(0, cJoin.ApplyParam(cOut, &cPlane, &cPlane, &cPlane, nullptr));
+    EXPECT_EQ(0, cJoin.ApplyParam(cOut, &cPlane, nullptr, &cPlane, nullptr));
+    EXPECT_EQ(nullptr, cOut.Data());
+}
+
 TEST(IpJoinPlanes, ThePaddingOfANarrowPlaneIsNoSample)
 {
     ClImage cBig, cNarrow, cOut;
