@@ -5,8 +5,8 @@
 # other or PROCESSES at a time, beginning with its corpus in fuzz/corpus. What it finds new goes to
 # build/fuzz/found/TARGET; an input that breaks a promise stops the target, stands in build/fuzz/crash and makes the
 # script fail. Ends with a table of executions and processor time; build/fuzz/totals.tsv sums them up over all runs.
-# -m: replaces the corpus by the fewest of its inputs and of those found that reach as much code, however often. Inputs of
-# at most 2000 bytes are taken over, and an input with a name of its own stays.
+# -m: replaces the corpus by the fewest of its inputs and of those found that reach as much code, however often. Inputs
+# of at most 2000 bytes are taken over, and an input with a name of its own stays.
 set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
 
@@ -75,7 +75,8 @@ merge_corpus()
     local target=$1 corpus=$repository/fuzz/corpus/$1 new=$folder/merged/$1 file
     rm -rf "$new"
     mkdir -p "$new" "$corpus" "$folder/found/$target"
-    "$folder/fuzz/$target" -merge=1 -use_counters=0 -max_len=2000 "$new" "$corpus" "$folder/found/$target" >"$folder/$target.log" 2>&1
+    "$folder/fuzz/$target" -merge=1 -use_counters=0 -max_len=2000 "$new" "$corpus" "$folder/found/$target" \
+        >"$folder/$target.log" 2>&1
     for file in "$corpus"/*; do
         [[ $(basename "$file") =~ ^[0-9a-f]{40}$ ]] && rm -- "$file"
     done

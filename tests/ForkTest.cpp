@@ -1,11 +1,8 @@
 // A process that goes on with the library after fork, with handles from before and with new ones.
 
 #include "GuardedSlapRunner.hpp"
-#include "ReadOnlySegment.hpp"
+#include "LibraryFixture.hpp"
 #include "SlapPicture.hpp"
-#include "VelmarinKormelinSegmentation.h"
-
-#include <gtest/gtest.h>
 
 #include <climits>
 #include <functional>
@@ -15,8 +12,6 @@
 
 namespace
 {
-using Block = ClGuardedVector;
-
 const std::vector<unsigned char>& Picture()
 {
     static const std::vector<unsigned char> aBlock = ClSlapPicture(SlapScenes::TwoFingers(3937)).Block();
@@ -55,15 +50,12 @@ Block BitmapOf(void* hSegmentation, int nIndex, void* hSegment)
                                                                                                       : Block();
 }
 
-/// An initialised library with handles that have been used.
-class Fork : public testing::Test
+/// Its handles have been used.
+class Fork : public VelmarinKormelinSegmentation
 {
 protected:
     Fork()
     {
-        EXPECT_EQ(0, KSInitialize(nullptr));
-        EXPECT_EQ(0, KSCreateSegmentationHandle(&m_hSegmentation));
-        EXPECT_EQ(0, KSCreateSegmentHandle(&m_hSegment));
         EXPECT_TRUE(Segments(m_hSegmentation));
         m_aExpected[0] = BitmapOf(m_hSegmentation, 0, m_hSegment);
         m_aExpected[1] = BitmapOf(m_hSegmentation, 1, m_hSegment);
@@ -92,8 +84,6 @@ protected:
                KSDestroyHandle(&ahHandle[1]) == 0 && KSUninitialize() == 0;
     }
 
-    void* m_hSegmentation = nullptr;
-    void* m_hSegment = nullptr;
     Block m_aExpected[2];
 };
 } // namespace
